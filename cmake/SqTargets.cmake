@@ -1,0 +1,88 @@
+# One way to declare a library, a test and a benchmark, so that every folder states its edges the same way.
+#
+# A library publishes exactly one folder of headers. It is reached through an include root of its own, made of
+# one symbolic link, so that  #include "platform/registry.h"  compiles only for targets that link platform:
+# a forbidden include is a build error, not a matter of review.
+
+include(GNUInstallDirs)
+
+function(_sq_include_root target folder)
+  set(root "${CMAKE_BINARY_DIR}/include/${target}")
+  get_filename_component(parent "${root}/${folder}" DIRECTORY)
+  file(MAKE_DIRECTORY "${parent}")
+  if(NOT EXISTS "${root}/${folder}")
+    file(CREATE_LINK "${PROJECT_SOURCE_DIR}/${folder}" "${root}/${folder}" SYMBOLIC)
+  endif()
+  set_property(TARGET ${target} PROPERTY SQ_PUBLIC_FOLDER "${folder}")
+endfunction()
+
+# sq_library(<name> [SHARED|STATIC|INTERFACE] [OUTPUT_NAME <name>]
+#            PUBLIC <header folder, from the repository root>
+#            [SOURCES ...] [LINKS public dependencies] [PRIVATE_LINKS ...])
+# Declares target sq_<name> with the alias sqstorage::<name>.
+function(sq_library name)
+  cmake_parse_arguments(arg "SHARED;STATIC;INTERFACE" "OUTPUT_NAME;PUBLIC" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+  set(target sq_${name})
+  if(arg_INTERFACE)
+    add_library(${target} INTERFACE)
+    set(scope INTERFACE)
+  elseif(arg_SHARED)
+    add_library(${target} SHARED ${arg_SOURCES})
+    set(scope PUBLIC)
+  else()
+    add_library(${target} STATIC ${arg_SOURCES})
+    set(scope PUBLIC)
+  endif()
+  add_library(sqstorage::${name} ALIAS ${target})
+  set_target_properties(${target} PROPERTIES EXPORT_NAME ${name})
+  if(arg_OUTPUT_NAME)
+    set_target_properties(${target} PROPERTIES OUTPUT_NAME ${arg_OUTPUT_NAME})
+  endif()
+  if(arg_PUBLIC)
+    _sq_include_root(${target} "${arg_PUBLIC}")
+    target_include_directories(${target} ${scope}
+      "$<BUILD_INTERFACE:${CMAKE_BINARY_DIR}/include/${target}>"
+      "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/sqstorage>")
+  endif()
+  target_link_libraries(${target} ${scope} ${arg_LINKS})
+  if(arg_PRIVATE_LINKS)
+    target_link_libraries(${target} PRIVATE ${arg_PRIVATE_LINKS})
+  endif()
+  if(NOT arg_INTERFACE)
+    target_link_libraries(${target} PRIVATE sq_warnings)
+  endif()
+endfunction()
+
+# sq_program(<name> SOURCES ... LINKS ...): an executable of that very name.
+function(sq_program name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE sq_warnings ${arg_LINKS})
+endfunction()
+
+# sq_test(<name> [ISOLATED] SOURCES ... LINKS ...)
+# One GoogleTest program. ISOLATED runs every test in a process of its own, for what is once per process.
+function(sq_test name)
+  cmake_parse_arguments(arg "ISOLATED" "" "SOURCES;LINKS" ${ARGN})
+  if(NOT SQ_BUILD_TESTS)
+    return()
+  endif()
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE sq_warnings ${arg_LINKS} GTest::gmock GTest::gtest GTest::gtest_main)
+  if(arg_ISOLATED)
+    gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+  else()
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT 600)
+  endif()
+endfunction()
+
+# sq_benchmark(<name> SOURCES ... LINKS ...): a Google Benchmark program, built with the rest and never run by ctest.
+function(sq_benchmark name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
+  if(NOT SQ_BUILD_BENCHMARKS)
+    return()
+  endif()
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE sq_warnings ${arg_LINKS} benchmark::benchmark)
+endfunction()
