@@ -39,6 +39,8 @@ public:
     CModuleClasses(const CModuleClasses&) = delete;
     CModuleClasses& operator=(const CModuleClasses&) = delete;
 
+    const tagClassEntry* Find(REFCLSID clsid) const;
+
     // The body of the module's DllGetClassObject: CLASS_E_CLASSNOTAVAILABLE for a class it does not have.
     HRESULT GetClassObject(REFCLSID clsid, REFIID iid, void** object) const;
 
