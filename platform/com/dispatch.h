@@ -399,7 +399,7 @@ private:
     static HRESULT CallWith(I* object, [[maybe_unused]] tagCall& call, std::index_sequence<Index...>) {
         [[maybe_unused]] std::tuple<CArgument<P>...> arguments;
         HRESULT status = S_OK;
-        const auto load = [&](auto& argument, UINT index) {
+        [[maybe_unused]] const auto load = [&](auto& argument, UINT index) {
             call.BadParameter = index;
             status = argument.Load(call.Arguments[index]);
             return SUCCEEDED(status);

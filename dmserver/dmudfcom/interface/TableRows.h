@@ -1,0 +1,67 @@
+// The fast road into and out of a table, for the code that moves rows in bulk.
+//
+// A table of this library also answers for ITableRows. The bulk road shares the table's storage with IdmTable: rows
+// appended here are records there. Columns are addressed by their index (that of IdmTable::Field), which is looked
+// up once and not in a row loop; text is UTF-8, as it is stored, and is not converted on the way.
+//
+// Ownership: texts handed in are copied; a text handed out stays good until the table changes.
+// Threads: as the table, one at a time.
+// Errors: an index outside the table is a caller's bug and is asserted; nothing here raises but std::bad_alloc.
+#pragma once
+
+#include "dmserver/dmudfcom/interface/Carriers.h"
+
+#include <string>
+#include <string_view>
+
+namespace IDM_dmudfcom {
+
+// What a column holds. The numbers are the type codes of AddNewField and IdmField::Type.
+enum class EColumnType : ULONG {
+    Text = 0,
+    Short = 5,
+    Long = 6,
+    Int64 = 7,
+    Float = 8,
+    Double = 9,
+    Date = 10, // a day number counted from 30 December 1899
+    Time = 11, // seconds since midnight
+};
+
+struct ITableRows : IUnknown {
+    virtual ULONG ColumnCount() const = 0;
+    // -1 when there is none. Names compare without case.
+    virtual LONG FindColumn(std::string_view name) const = 0;
+    virtual EColumnType ColumnType(ULONG column) const = 0;
+    virtual std::string_view ColumnName(ULONG column) const = 0;
+    // Adds a column bound to the id that the field map has for the name; a name that the map lacks gets `fallback`
+    // as its type and an id of its own. Only while the table has no records. Returns the index.
+    virtual ULONG AddColumn(std::string_view name, EColumnType fallback) = 0;
+
+    // Appends one record whose cells are all null. The Put functions below write into it until the next one.
+    // The record cursor does not move.
+    virtual void AppendRow() = 0;
+    virtual void PutText(ULONG column, std::string_view text) = 0;
+    // Numbers and days are converted to the column's own type; a number put into a text column is written out.
+    virtual void PutInteger(ULONG column, std::int64_t value) = 0;
+    virtual void PutReal(ULONG column, double value) = 0;
+
+    virtual ULONG RowCount() const = 0;
+    virtual bool IsNull(ULONG row, ULONG column) const = 0;
+    // Rows in record order, from 0. A null cell reads as 0 or an empty text. Text of a number column is written
+    // into `scratch`.
+    virtual std::string_view Text(ULONG row, ULONG column, std::string& scratch) const = 0;
+    virtual std::int64_t Integer(ULONG row, ULONG column) const = 0;
+    virtual double Real(ULONG row, ULONG column) const = 0;
+
+protected:
+    ~ITableRows() = default;
+};
+
+} // namespace IDM_dmudfcom
+
+template <>
+struct platform::InterfaceTraits<IDM_dmudfcom::ITableRows> {
+    static constexpr GUID Uuid = MakeGuid("0b7c1d54-6a0e-4d52-9a55-1f6f3c0a5d04");
+    using Base = IUnknown;
+};
