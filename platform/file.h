@@ -2,6 +2,7 @@
 // Whole files, locks and directories. Errors: CFileError, which says what was tried, with which file, and why it
 // failed. Any thread may call.
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
@@ -36,7 +37,23 @@ enum class EAccess { Usual, Private };
 // Empty when there is no such file.
 [[nodiscard]] std::optional<std::string> ReadFileIfExists(const std::filesystem::path& path);
 
-// The file holds the old bytes or the new ones, never a mixture, even through a power failure, and its modification
+// Tells one state of a file from another without reading it: every WriteFileAtomically makes a new one.
+struct tagFileStamp {
+    std::int64_t Modified; // nanoseconds since 1970
+    std::uint64_t Size;    // bytes
+    std::uint64_t Inode;
+    std::uint64_t Device;
+    friend bool operator==(const tagFileStamp&, const tagFileStamp&) = default;
+};
+// Empty when there is no such file.
+[[nodiscard]] std::optional<tagFileStamp> GetFileStamp(const std::filesystem::path& path);
+struct tagStampedFile {
+    tagFileStamp Stamp;
+    std::string Bytes;
+};
+[[nodiscard]] std::optional<tagStampedFile> ReadStampedFileIfExists(const std::filesystem::path& path);
+
+// After this the file holds the old bytes or the new ones, never a mixture, even through a power failure, and its modification
 // time grows with each write. With EAccess::Usual a file that is replaced keeps its permissions. A symbolic link
 // stays, and the file it points to is replaced.
 void WriteFileAtomically(const std::filesystem::path& path, std::string_view bytes, EAccess access = EAccess::Usual);
