@@ -1,0 +1,115 @@
+#pragma once
+// The process's one diagnostics client: it finds the debug library, keeps its root object, and gives it up at exit.
+//
+// The library is optional. A start that finds none is tried again by a later report, at most once in a second, so
+// that reporting without a library stays cheap. A library that is there but fails its "INIT" is tried again at each
+// report, and the failure is shown each time if the registry asks for it (the key "Software\DM Support\BugSlayer"
+// of the user has a default value). After the process's exit handlers ran, every report is dropped.
+//
+// Any thread may use the client at any time.
+
+#include "diagnostics/interface/DebugObject.h"
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+
+namespace BugSlayerUtil {
+
+using IDM_BugSlayerUtil::IDebugObject;
+
+// A counted pointer that one thread may replace while others take copies of it.
+class CSharedDebugObject {
+public:
+    [[nodiscard]] platform::CComPtr<IDebugObject> Get() const;
+    void Set(platform::CComPtr<IDebugObject> object);
+
+private:
+    mutable std::mutex m_Lock;
+    platform::CComPtr<IDebugObject> m_Object; // guarded by m_Lock
+};
+
+// The order of start and shutdown, the same for every client; what is loaded and how is the client's own business.
+template <class Client, int Version>
+class BugSlayerInitializer {
+public:
+    BugSlayerInitializer(const BugSlayerInitializer&) = delete;
+    BugSlayerInitializer& operator=(const BugSlayerInitializer&) = delete;
+
+    // Fills Object.
+    virtual HRESULT LoadObject() = 0;
+    // Makes the client ready; 0 when it is, or when an earlier call has already been made.
+    virtual HRESULT Init() = 0;
+    // Sends "TERMINATE", then ends the process with exit code -1.
+    virtual void Terminate() = 0;
+    // Send "IS CLEAN", "DO CLEAN", "REPORTDIALOG"; E_FAIL when the client is inactive.
+    virtual HRESULT IsClean() = 0;
+    virtual HRESULT DoClean() = 0;
+    virtual HRESULT ReportDialog() = 0;
+
+    CSharedDebugObject Object;
+    std::atomic<std::uint8_t> Inited{0};
+    std::atomic<std::uint8_t> Active{0};
+    std::atomic<std::uint8_t> ShowFailure{0};
+
+protected:
+    BugSlayerInitializer() = default;
+    ~BugSlayerInitializer() = default;
+
+    std::recursive_mutex m_CriticalSection; // start and shutdown; a starting library may itself report
+};
+
+class BugSlayerClient final : public BugSlayerInitializer<BugSlayerClient, 0> {
+public:
+    BugSlayerClient() = default;
+
+    HRESULT LoadObject() override;
+    HRESULT Init() override;
+    void Terminate() override;
+    HRESULT IsClean() override;
+    HRESULT DoClean() override;
+    HRESULT ReportDialog() override;
+
+    // What every report asks first: starts the client if that was not done. Never throws.
+    [[nodiscard]] bool Ready() noexcept {
+        if (Inited.load(std::memory_order_acquire)) [[likely]]
+            return Active.load(std::memory_order_acquire) != 0;
+        return TryStart();
+    }
+    // As Ready, and the library wants trace records of this kind: 1 enter, 0 line, -1 leave.
+    [[nodiscard]] bool Wants(LONG ident) noexcept {
+        return Ready() && (m_Dropped.load(std::memory_order_relaxed) & BitOf(ident)) == 0;
+    }
+
+    // Does what an answer to "PROCESS" asks for: breaks for 1, and for E_ABORT shuts down and ends the process.
+    void ApplyAction(HRESULT code, int exitCode = -1);
+    // Sends "DEINIT" if active and lets the library go. The next report starts the client again.
+    void Shutdown() noexcept;
+    // Shutdown for good: later reports are dropped.
+    void Close() noexcept;
+
+    // The path of the library's log; empty when there is none.
+    [[nodiscard]] std::wstring LogFilePath();
+
+private:
+    static constexpr unsigned BitOf(LONG ident) noexcept { return 1u << (ident + 1); }
+
+    [[nodiscard]] bool TryStart() noexcept;
+    [[nodiscard]] bool IsTooSoon() const noexcept;
+    HRESULT StartObject();
+    HRESULT SendStart(IDebugObject& object);
+    void LearnWanted(IDebugObject& object);
+    void GiveUp();
+    HRESULT Send(BSTR verb);
+
+    std::atomic<bool> m_Closed{false};
+    std::atomic<unsigned> m_Dropped{0}; // kinds of trace records that the library does not want, by BitOf
+    // While no library is found: the moment of the last look, and whether there was one.
+    std::atomic<std::int64_t> m_LastLook{0};
+    std::atomic<bool> m_NoLibrary{false};
+};
+
+// Built at the first call, and never destroyed: a report may come from anywhere in the process's end.
+[[nodiscard]] BugSlayerClient& GetClient() noexcept;
+
+} // namespace BugSlayerUtil
