@@ -29,7 +29,7 @@ public:
     explicit CClassFactory(const tagClassEntry& entry) : m_Entry(entry) {}
 
     HRESULT CreateInstance(IUnknown* outer, REFIID iid, void** object) override {
-        return m_Entry.Create(outer, iid, object);
+        return object ? m_Entry.Create(outer, iid, object) : E_POINTER;
     }
     HRESULT LockServer(BOOL lock) override {
         lock ? CModuleCount::Add() : CModuleCount::Remove();
@@ -56,17 +56,38 @@ std::optional<tagClassEntry> FindLoadedClass(REFCLSID clsid) {
 
 using GetClassObjectFunction = HRESULT (*)(REFCLSID, REFIID, void**);
 
+// Runs what may throw; no exception passes an interface.
+template <class Function>
+HRESULT Guard(Function function) noexcept {
+    try {
+        return function();
+    } catch (const CRegistryError&) {
+        return REGDB_E_READREGDB;
+    } catch (...) {
+        return StatusOfException();
+    }
+}
+
+HRESULT MakeFactory(const tagClassEntry& entry, REFIID iid, void** object) {
+    return MakeObject<CClassFactory>(entry)->QueryInterface(iid, object);
+}
+
+// The default value of a key of the classes root.
+std::optional<std::wstring> ReadClasses(const std::wstring& path) {
+    const auto key = CRegistryKey::Open(ERegistryRoot::Classes, path);
+    return key ? key->ReadText(L"") : std::nullopt;
+}
+
 // The module that the registry names for the class. It stays loaded.
 HRESULT GetRegisteredClass(REFCLSID clsid, REFIID iid, void** object) {
-    const auto key = CRegistryKey::Open(ERegistryRoot::Classes, L"CLSID\\" + ToText(clsid) + L"\\InprocServer32");
-    const auto path = key ? key->ReadText(L"") : std::nullopt;
+    const auto path = ReadClasses(L"CLSID\\" + ToText(clsid) + L"\\InprocServer32");
     if (!path)
         return REGDB_E_CLASSNOTREG;
     const auto module = CModule::Load(*path);
     if (!module)
-        return REGDB_E_CLASSNOTREG;
+        return CO_E_DLLNOTFOUND;
     const auto getClassObject = reinterpret_cast<GetClassObjectFunction>(module->Symbol("DllGetClassObject"));
-    return getClassObject ? getClassObject(clsid, iid, object) : CLASS_E_CLASSNOTAVAILABLE;
+    return getClassObject ? getClassObject(clsid, iid, object) : CO_E_ERRORINDLL;
 }
 
 } // namespace
@@ -90,7 +111,7 @@ HRESULT CModuleClasses::GetClassObject(REFCLSID clsid, REFIID iid, void** object
         return E_POINTER;
     *object = nullptr;
     const tagClassEntry* entry = Find(clsid);
-    return entry ? MakeObject<CClassFactory>(*entry)->QueryInterface(iid, object) : CLASS_E_CLASSNOTAVAILABLE;
+    return entry ? Guard([&] { return MakeFactory(*entry, iid, object); }) : CLASS_E_CLASSNOTAVAILABLE;
 }
 
 } // namespace platform
@@ -101,9 +122,10 @@ HRESULT CoGetClassObject(REFCLSID clsid, DWORD context, void*, REFIID iid, void*
     *object = nullptr;
     if (!(context & CLSCTX_INPROC_SERVER))
         return REGDB_E_CLASSNOTREG;
-    if (const auto entry = platform::FindLoadedClass(clsid))
-        return platform::MakeObject<platform::CClassFactory>(*entry)->QueryInterface(iid, object);
-    return platform::GetRegisteredClass(clsid, iid, object);
+    return platform::Guard([&] {
+        const auto entry = platform::FindLoadedClass(clsid);
+        return entry ? platform::MakeFactory(*entry, iid, object) : platform::GetRegisteredClass(clsid, iid, object);
+    });
 }
 
 HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD context, REFIID iid, void** object) {
@@ -113,24 +135,25 @@ HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD context, REFIID 
     // The loaded classes are asked without making a factory: this is on the path of every existence check.
     if (context & CLSCTX_INPROC_SERVER)
         if (const auto entry = platform::FindLoadedClass(clsid))
-            return entry->Create(outer, iid, object);
+            return platform::Guard([&] { return entry->Create(outer, iid, object); });
     platform::CComPtr<IClassFactory> factory;
     const HRESULT status =
         CoGetClassObject(clsid, context, nullptr, platform::UuidOf<IClassFactory>, factory.PutVoid());
-    return FAILED(status) ? status : factory->CreateInstance(outer, iid, object);
+    if (FAILED(status))
+        return status;
+    return factory ? factory->CreateInstance(outer, iid, object) : CO_E_ERRORINDLL;
 }
 
 HRESULT CLSIDFromProgID(LPCOLESTR progId, CLSID* clsid) {
     if (!progId || !clsid)
         return E_INVALIDARG;
     *clsid = platform::NullGuid;
-    const auto key = platform::CRegistryKey::Open(platform::ERegistryRoot::Classes, std::wstring(progId) + L"\\CLSID");
-    const auto text = key ? key->ReadText(L"") : std::nullopt;
-    if (!text)
-        return CO_E_CLASSSTRING;
-    const auto parsed = platform::ParseGuid(*text);
-    if (!parsed)
-        return CO_E_CLASSSTRING;
-    *clsid = *parsed;
-    return S_OK;
+    return platform::Guard([&] {
+        const auto text = platform::ReadClasses(std::wstring(progId) + L"\\CLSID");
+        const auto parsed = text ? platform::ParseGuid(*text) : std::nullopt;
+        if (!parsed)
+            return CO_E_CLASSSTRING;
+        *clsid = *parsed;
+        return S_OK;
+    });
 }

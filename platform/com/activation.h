@@ -4,9 +4,13 @@
 // nothing registered. Then the registry's classes root is asked: CLSID\{...}\InprocServer32 names a module, which is
 // loaded and asked through its export DllGetClassObject. A ProgID stands in the same root with a key CLSID.
 //
-// Every function may be called from any thread.
+// Every function may be called from any thread, and raises nothing. A null out pointer gives E_POINTER; otherwise it
+// is set to null first. REGDB_E_CLASSNOTREG: nobody offers the class, or the context asks for no in-process server;
+// REGDB_E_READREGDB: the registry's file is malformed or unreadable; CO_E_DLLNOTFOUND: the registered module cannot be
+// loaded; CO_E_ERRORINDLL: it has no DllGetClassObject. Anything else is the class's own answer.
 #pragma once
 
+#include "platform/com/com_error.h"
 #include "platform/com/object.h"
 
 #include <span>
@@ -21,6 +25,7 @@ inline constexpr DWORD CLSCTX_ALL =
 
 HRESULT CoGetClassObject(REFCLSID clsid, DWORD context, void* reserved, REFIID iid, void** object);
 HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD context, REFIID iid, void** object);
+// CO_E_CLASSSTRING, and the null identifier, for a ProgID that is not registered.
 HRESULT CLSIDFromProgID(LPCOLESTR progId, CLSID* clsid);
 
 namespace platform {
@@ -48,7 +53,8 @@ private:
     std::span<const tagClassEntry> m_Table;
 };
 
-// A table entry's `Create` for a class that needs nothing but its constructor. Aggregation is refused.
+// A table entry's `Create` for a class that needs nothing but its constructor, which may throw. Aggregation is
+// refused.
 template <class Class>
 HRESULT CreatePlain(IUnknown* outer, REFIID iid, void** object) {
     if (!object)
@@ -56,7 +62,11 @@ HRESULT CreatePlain(IUnknown* outer, REFIID iid, void** object) {
     *object = nullptr;
     if (outer)
         return CLASS_E_NOAGGREGATION;
-    return MakeObject<Class>()->QueryInterface(iid, object);
+    try {
+        return MakeObject<Class>()->QueryInterface(iid, object);
+    } catch (...) {
+        return StatusOfException();
+    }
 }
 
 template <class I>

@@ -36,7 +36,11 @@ class CBstr {
 public:
     CBstr() = default;
     CBstr(std::nullptr_t) {}
+    // Up to the first zero; null stays null.
     explicit CBstr(const wchar_t* text);
+    // A BSTR would lose what stands behind an embedded zero: Copy or Attach says which is meant. A buffer is given
+    // as a view.
+    explicit CBstr(wchar_t* text) = delete;
     explicit CBstr(std::wstring_view text);
     CBstr(const CBstr& other);
     CBstr(CBstr&& other) noexcept : m_Text(std::exchange(other.m_Text, nullptr)) {}

@@ -23,6 +23,9 @@ private:
     std::string m_What;
 };
 
+// Inside a catch block: the status that stands for the exception at an interface, past which none may go.
+HRESULT StatusOfException() noexcept;
+
 [[noreturn]] void ThrowStatus(HRESULT code, std::wstring text = {});
 
 inline void ThrowIfFailed(HRESULT code) {

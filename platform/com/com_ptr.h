@@ -3,6 +3,7 @@
 
 #include "platform/com/unknown.h"
 
+#include <concepts>
 #include <cstddef>
 #include <utility>
 
@@ -20,6 +21,13 @@ public:
     }
     CComPtr(const CComPtr& other) : CComPtr(other.m_Object) {}
     CComPtr(CComPtr&& other) noexcept : m_Object(std::exchange(other.m_Object, nullptr)) {}
+    // To an interface that the other one, or the class, derives from.
+    template <class Other>
+        requires std::convertible_to<Other*, Interface*>
+    CComPtr(const CComPtr<Other>& other) : CComPtr(other.Get()) {}
+    template <class Other>
+        requires std::convertible_to<Other*, Interface*>
+    CComPtr(CComPtr<Other>&& other) noexcept : m_Object(other.Detach()) {}
     CComPtr& operator=(CComPtr other) noexcept {
         std::swap(m_Object, other.m_Object);
         return *this;

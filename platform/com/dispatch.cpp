@@ -16,9 +16,13 @@ bool SameName(std::wstring_view left, std::wstring_view right) {
 }
 
 const tagMethod* FindMethod(std::span<const tagMethod> table, DISPID id, WORD flags) {
-    for (const tagMethod& method : table)
-        if (method.Id == id && (method.Kind & flags))
-            return &method;
+    const auto wanted = [=](const tagMethod& method) { return method.Id == id && (method.Kind & flags); };
+    // Identifiers mostly count from 1 in the order of the rows, so the row stands there or, behind pairs of get and
+    // put, a little further on.
+    const std::size_t likely = id > 0 ? std::min(static_cast<std::size_t>(id) - 1, table.size()) : 0;
+    for (const auto part : {table.subspan(likely), table.first(likely)})
+        if (const auto found = std::ranges::find_if(part, wanted); found != part.end())
+            return &*found;
     return nullptr;
 }
 
@@ -77,9 +81,12 @@ HRESULT CheckMissing(const tagMethod& method, const DISPPARAMS& given, Slots& sl
 namespace detail {
 
 VARIANT* Dereference(VARIANT* value) {
-    while (value->vt == (VT_BYREF | VT_VARIANT) && value->pvarVal)
-        value = value->pvarVal;
-    return value;
+    return value->vt == (VT_BYREF | VT_VARIANT) && value->pvarVal ? value->pvarVal : value;
+}
+
+VARIANT* FollowReference(VARIANT* value) {
+    VARIANT* inner = Dereference(value);
+    return inner->vt & VT_BYREF ? inner : value;
 }
 
 HRESULT ObjectOf(VARIANT* value, REFIID iid, void** object) {
@@ -90,29 +97,21 @@ HRESULT ObjectOf(VARIANT* value, REFIID iid, void** object) {
     case VT_NULL:
         break;
     case VT_DISPATCH:
+        source = value->pdispVal;
+        break;
     case VT_UNKNOWN:
         source = value->punkVal;
         break;
     case VT_BYREF | VT_DISPATCH:
+        source = value->ppdispVal ? *value->ppdispVal : nullptr;
+        break;
     case VT_BYREF | VT_UNKNOWN:
         source = value->ppunkVal ? *value->ppunkVal : nullptr;
         break;
     default:
         return DISP_E_TYPEMISMATCH;
     }
-    if (source && FAILED(source->QueryInterface(iid, object)))
-        return DISP_E_TYPEMISMATCH;
-    return S_OK;
-}
-
-void GiveObject(VARIANT* target, IUnknown* object) {
-    VariantClear(target);
-    target->vt = VT_DISPATCH;
-    if (!object || SUCCEEDED(object->QueryInterface(UuidOf<IDispatch>, &target->byref)))
-        return;
-    object->AddRef();
-    target->vt = VT_UNKNOWN;
-    target->punkVal = object;
+    return source && FAILED(source->QueryInterface(iid, object)) ? DISP_E_TYPEMISMATCH : S_OK;
 }
 
 } // namespace detail
@@ -143,6 +142,8 @@ HRESULT FindNames(std::span<const tagMethod> table, REFIID iid, LPOLESTR* names,
 
 HRESULT InvokeMethod(std::span<const tagMethod> table, IDispatch* object, DISPID id, REFIID iid, WORD flags,
                      DISPPARAMS* parameters, VARIANT* result, UINT* badArgument) {
+    if (result)
+        VariantInit(result);
     if (iid != NullGuid)
         return DISP_E_UNKNOWNINTERFACE;
     if (!parameters)
@@ -158,9 +159,8 @@ HRESULT InvokeMethod(std::span<const tagMethod> table, IDispatch* object, DISPID
         return status;
     tagCall call{std::span<VARIANT* const>(slots).first(method->ParameterCount()), result};
     status = method->Call(object, call);
-    if ((status == DISP_E_TYPEMISMATCH || status == DISP_E_OVERFLOW) && call.BadParameter < method->ParameterCount())
-        if (const VARIANT* bad = slots[call.BadParameter])
-            SetBad(badArgument, static_cast<UINT>(bad - parameters->rgvarg));
+    if (call.BadParameter != tagCall::NoParameter)
+        SetBad(badArgument, static_cast<UINT>(slots[call.BadParameter] - parameters->rgvarg));
     return status;
 }
 

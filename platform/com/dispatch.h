@@ -16,7 +16,10 @@
 // What a parameter type means:
 //     LONG ULONG SHORT double BSTR VARIANT   in, converted from any VARIANT that can be
 //     I* with I an interface                 in; VT_DISPATCH or VT_UNKNOWN of an object that has I, or nothing
-//     T* of those values, I**, SAFEARRAY**   out or in/out; the argument must be by reference
+//     LONG* ... double*, VARIANT*            out or in/out; the argument must be by reference
+//     BSTR*, I**, SAFEARRAY**                out; by reference, too. What the caller's place held is freed or released
+//                                            once the method has succeeded, and stays when it failed.
+// By reference means the exact type, or a VARIANT. A null reference reaches the method, which answers for itself.
 // The last parameter, when it is an out parameter, may also be left away; its value then goes to Invoke's result.
 //
 // An optional in parameter that is not given is 0, null or, for a VARIANT, VT_ERROR with DISP_E_PARAMNOTFOUND.
@@ -103,9 +106,12 @@ constexpr tagParameterName Optional(const wchar_t* name) { return {name, true}; 
 
 // One argument after names, positions and defaults are resolved: null when it was not given.
 struct tagCall {
+    static constexpr UINT NoParameter = ~0U;
+
     std::span<VARIANT* const> Arguments;
-    VARIANT* Result = nullptr;
-    UINT BadParameter = 0; // index of the parameter that could not be converted
+    VARIANT* Result = nullptr; // empty before the call
+    // Index of the parameter that could not be converted; NoParameter when the status is the method's own.
+    UINT BadParameter = NoParameter;
 };
 
 inline constexpr std::size_t MaxParameters = 26;
@@ -170,40 +176,72 @@ struct ValueTraits<BSTR> {
     static constexpr auto Reference = &VARIANT::pbstrVal;
 };
 
-// Follows VT_BYREF | VT_VARIANT to the value itself.
+// Follows one VT_BYREF | VT_VARIANT to the value itself.
 VARIANT* Dereference(VARIANT* value);
+// Where an out argument points in the end: a VARIANT in between that is a reference itself is passed over.
+VARIANT* FollowReference(VARIANT* value);
 // Gives the object of a VARIANT as the interface asked for. Nothing (empty, null) gives a null pointer.
 HRESULT ObjectOf(VARIANT* value, REFIID iid, void** object);
-// Puts the held reference into an out VARIANT as VT_DISPATCH, or VT_UNKNOWN where there is no such interface.
-void GiveObject(VARIANT* target, IUnknown* object);
 
+template <class T>
+concept Value = requires { ValueTraits<T>::Type; };
+template <class T>
+concept Number = Value<T> && !std::is_same_v<T, BSTR>;
+
+// What is of the type already costs no conversion.
+template <Number T>
+HRESULT ReadNumber(const VARIANT* given, T& value) {
+    if (given->vt == ValueTraits<T>::Type) {
+        value = given->*ValueTraits<T>::Member;
+        return S_OK;
+    }
+    VARIANT converted{};
+    const HRESULT status = VariantChangeType(&converted, given, 0, ValueTraits<T>::Type);
+    if (SUCCEEDED(status))
+        value = converted.*ValueTraits<T>::Member;
+    return status;
+}
+
+// One parameter of one call: Load takes the argument (null when it was not given), Pass hands it to the method, and
+// Store, after a success, delivers what came out (`result` is null but for the last parameter).
 template <class T>
 class CArgument;
 
-// A plain value. What is already of the type costs no conversion; a converted text is freed by the holder.
-template <class T>
-    requires requires { ValueTraits<T>::Type; }
+template <Number T>
 class CArgument<T> {
 public:
     static constexpr tagParameterType Describe() { return {ValueTraits<T>::Type, false, nullptr}; }
-    HRESULT Load(VARIANT* given) {
-        if (!given)
-            return S_OK;
-        if (given->vt == ValueTraits<T>::Type) {
-            m_Value = given->*ValueTraits<T>::Member;
-            return S_OK;
-        }
-        const HRESULT status = VariantChangeType(&m_Converted.Get(), given, 0, ValueTraits<T>::Type);
-        if (SUCCEEDED(status))
-            m_Value = m_Converted.Get().*ValueTraits<T>::Member;
-        return status;
-    }
+    HRESULT Load(VARIANT* given) { return given ? ReadNumber(given, m_Value) : S_OK; }
     T Pass() { return m_Value; }
     void Store(VARIANT*) {}
 
 private:
     T m_Value{};
-    CVariant m_Converted;
+};
+
+template <>
+class CArgument<BSTR> {
+public:
+    static constexpr tagParameterType Describe() { return {VT_BSTR, false, nullptr}; }
+    HRESULT Load(VARIANT* given) {
+        if (!given || given->vt == VT_BSTR) {
+            m_Value = given ? given->bstrVal : nullptr;
+            return S_OK;
+        }
+        VARIANT converted{};
+        const HRESULT status = VariantChangeType(&converted, given, 0, VT_BSTR);
+        if (FAILED(status))
+            return status;
+        m_Converted.Attach(converted.bstrVal);
+        m_Value = m_Converted.Get();
+        return S_OK;
+    }
+    BSTR Pass() { return m_Value; }
+    void Store(VARIANT*) {}
+
+private:
+    BSTR m_Value = nullptr; // the caller's, or the converted one
+    CBstr m_Converted;
 };
 
 template <>
@@ -231,6 +269,12 @@ class CArgument<I*> {
 public:
     static constexpr tagParameterType Describe() { return {VT_DISPATCH, false, &UuidOf<I>}; }
     HRESULT Load(VARIANT* given) {
+        // The very pointer that the caller gave: a sink is told from another one by it.
+        if constexpr (std::is_same_v<I, IDispatch>)
+            if (given && given->vt == VT_DISPATCH) {
+                m_Object = given->pdispVal;
+                return S_OK;
+            }
         return given ? ObjectOf(given, UuidOf<I>, m_Object.PutVoid()) : S_OK;
     }
     I* Pass() { return m_Object.Get(); }
@@ -240,36 +284,26 @@ private:
     CComPtr<I> m_Object;
 };
 
-// An out or in/out value: the caller's own place where it fits, a local one otherwise.
-template <class T>
-    requires requires { ValueTraits<T>::Type; }
+// An out or in/out number: the caller's own place where it fits, a local one otherwise.
+template <Number T>
 class CArgument<T*> {
 public:
     static constexpr tagParameterType Describe() { return {ValueTraits<T>::Type, true, nullptr}; }
-    ~CArgument() {
-        if constexpr (std::is_same_v<T, BSTR>)
-            SysFreeString(m_Local);
-    }
     HRESULT Load(VARIANT* given) {
-        if (!given) {
-            m_Place = &m_Local;
+        m_Place = &m_Local;
+        if (!given)
             return S_OK;
-        }
+        given = FollowReference(given);
         if (given->vt == (VT_BYREF | ValueTraits<T>::Type)) {
             m_Place = given->*ValueTraits<T>::Reference;
             return S_OK;
         }
-        if (given->vt != (VT_BYREF | VT_VARIANT) || !given->pvarVal)
+        if (given->vt != (VT_BYREF | VT_VARIANT))
             return DISP_E_TYPEMISMATCH;
         m_Variant = given->pvarVal;
-        m_Place = &m_Local;
-        if (m_Variant->vt == VT_EMPTY)
-            return S_OK;
-        CVariant converted;
-        const HRESULT status = VariantChangeType(&converted.Get(), m_Variant, 0, ValueTraits<T>::Type);
-        if (SUCCEEDED(status))
-            m_Local = std::exchange(converted.Get().*ValueTraits<T>::Member, T{});
-        return status;
+        if (!m_Variant)
+            m_Place = nullptr;
+        return m_Variant && m_Variant->vt != VT_EMPTY ? ReadNumber(m_Variant, m_Local) : S_OK;
     }
     T* Pass() { return m_Place; }
     void Store(VARIANT* result) {
@@ -278,7 +312,7 @@ public:
             return;
         VariantClear(target);
         target->vt = ValueTraits<T>::Type;
-        target->*ValueTraits<T>::Member = std::exchange(m_Local, T{});
+        target->*ValueTraits<T>::Member = m_Local;
     }
 
 private:
@@ -286,6 +320,106 @@ private:
     T* m_Place = nullptr;
     VARIANT* m_Variant = nullptr;
 };
+
+// An out value that has an owner. The method fills a local place, so that what the caller had is neither lost when
+// the method fails nor leaked when it succeeds. `Traits` say where it stands in a VARIANT and how it is freed.
+template <class T, class Traits>
+class COwnedOut {
+public:
+    static constexpr tagParameterType Describe() { return {Traits::Type, true, Traits::Object}; }
+    COwnedOut() = default;
+    COwnedOut(const COwnedOut&) = delete;
+    COwnedOut& operator=(const COwnedOut&) = delete;
+    ~COwnedOut() { Traits::Free(m_Local); }
+
+    HRESULT Load(VARIANT* given) {
+        if (!given)
+            return S_OK;
+        given = FollowReference(given);
+        if (given->vt != (VT_BYREF | VT_VARIANT) && !Traits::Fits(given->vt))
+            return DISP_E_TYPEMISMATCH;
+        m_Given = given;
+        return S_OK;
+    }
+    T* Pass() { return m_Given && !m_Given->byref ? nullptr : &m_Local; }
+    void Store(VARIANT* result) {
+        if (m_Given && !m_Given->byref)
+            return;
+        const bool typed = m_Given && m_Given->vt != (VT_BYREF | VT_VARIANT);
+        if (typed)
+            Traits::Replace(*m_Given, std::exchange(m_Local, nullptr));
+        else if (VARIANT* target = m_Given ? m_Given->pvarVal : result) {
+            VariantClear(target);
+            Traits::Give(*target, std::exchange(m_Local, nullptr));
+        }
+    }
+
+private:
+    T m_Local = nullptr;
+    VARIANT* m_Given = nullptr;
+};
+
+struct TextOut {
+    static constexpr VARTYPE Type = VT_BSTR;
+    static constexpr const IID* Object = nullptr;
+    static bool Fits(VARTYPE type) { return type == (VT_BYREF | VT_BSTR); }
+    static void Free(BSTR text) { SysFreeString(text); }
+    static void Replace(VARIANT& reference, BSTR text) { SysFreeString(std::exchange(*reference.pbstrVal, text)); }
+    static void Give(VARIANT& target, BSTR text) {
+        target.vt = VT_BSTR;
+        target.bstrVal = text;
+    }
+};
+
+// Arrays are of BSTR: the one kind that crosses an interface here as an array.
+struct ArrayOut {
+    static constexpr VARTYPE Type = VT_ARRAY | VT_BSTR;
+    static constexpr const IID* Object = nullptr;
+    static bool Fits(VARTYPE type) { return type == (VT_BYREF | Type); }
+    static void Free(SAFEARRAY* array) { SafeArrayDestroy(array); }
+    static void Replace(VARIANT& reference, SAFEARRAY* array) {
+        SafeArrayDestroy(std::exchange(*reference.pparray, array));
+    }
+    static void Give(VARIANT& target, SAFEARRAY* array) {
+        target.vt = array ? Type : static_cast<VARTYPE>(VT_EMPTY);
+        target.parray = array;
+    }
+};
+
+// An interface that is late-bound itself is handed out as it is; another one as VT_UNKNOWN.
+template <Interface I>
+struct ObjectOut {
+    static constexpr bool IsLateBound = std::derived_from<I, IDispatch>;
+    static constexpr VARTYPE Type = IsLateBound ? VT_DISPATCH : VT_UNKNOWN;
+    static constexpr const IID* Object = &UuidOf<I>;
+    static bool Fits(VARTYPE type) {
+        return type == (VT_BYREF | VT_UNKNOWN) || (IsLateBound && type == (VT_BYREF | VT_DISPATCH));
+    }
+    static void Free(IUnknown* object) {
+        if (object)
+            object->Release();
+    }
+    static void Replace(VARIANT& reference, I* object) {
+        if constexpr (IsLateBound)
+            if (reference.vt == (VT_BYREF | VT_DISPATCH))
+                return Free(std::exchange(*reference.ppdispVal, object));
+        Free(std::exchange(*reference.ppunkVal, object));
+    }
+    static void Give(VARIANT& target, I* object) {
+        target.vt = Type;
+        if constexpr (IsLateBound)
+            target.pdispVal = object;
+        else
+            target.punkVal = object;
+    }
+};
+
+template <>
+class CArgument<BSTR*> : public COwnedOut<BSTR, TextOut> {};
+template <>
+class CArgument<SAFEARRAY**> : public COwnedOut<SAFEARRAY*, ArrayOut> {};
+template <Interface I>
+class CArgument<I**> : public COwnedOut<I*, ObjectOut<I>> {};
 
 template <>
 class CArgument<VARIANT*> {
@@ -299,84 +433,13 @@ public:
     }
     VARIANT* Pass() { return m_Place; }
     void Store(VARIANT* result) {
-        if (m_Place != &m_Local.Get() || !result)
-            return;
-        VariantClear(result);
-        *result = m_Local.Detach();
+        if (m_Place == &m_Local.Get() && result)
+            *result = m_Local.Detach();
     }
 
 private:
     CVariant m_Local;
     VARIANT* m_Place = nullptr;
-};
-
-template <Interface I>
-class CArgument<I**> {
-public:
-    static constexpr tagParameterType Describe() { return {VT_DISPATCH, true, &UuidOf<I>}; }
-    HRESULT Load(VARIANT* given) {
-        if (!given)
-            return S_OK;
-        const bool object = given->vt == (VT_BYREF | VT_DISPATCH) || given->vt == (VT_BYREF | VT_UNKNOWN);
-        if (!object && given->vt != (VT_BYREF | VT_VARIANT))
-            return DISP_E_TYPEMISMATCH;
-        m_Given = given;
-        return S_OK;
-    }
-    I** Pass() { return m_Object.Put(); }
-    void Store(VARIANT* result) {
-        if (!m_Given || m_Given->vt == (VT_BYREF | VT_VARIANT)) {
-            if (VARIANT* target = m_Given ? m_Given->pvarVal : result)
-                GiveObject(target, m_Object.Get());
-            return;
-        }
-        if (!m_Given->byref)
-            return;
-        CVariant value;
-        GiveObject(&value.Get(), m_Object.Get());
-        if (IUnknown* old = *m_Given->ppunkVal)
-            old->Release();
-        *m_Given->ppunkVal = std::exchange(value.Get().punkVal, nullptr);
-    }
-
-private:
-    CComPtr<I> m_Object;
-    VARIANT* m_Given = nullptr;
-};
-
-// Arrays are of BSTR: the one kind that crosses an interface here as an array.
-template <>
-class CArgument<SAFEARRAY**> {
-public:
-    static constexpr VARTYPE Type = VT_ARRAY | VT_BSTR;
-    static constexpr tagParameterType Describe() { return {Type, true, nullptr}; }
-    ~CArgument() { SafeArrayDestroy(m_Local); }
-    HRESULT Load(VARIANT* given) {
-        m_Place = &m_Local;
-        if (!given)
-            return S_OK;
-        if (given->vt == (VT_BYREF | Type))
-            m_Place = given->pparray;
-        else if (given->vt == (VT_BYREF | VT_VARIANT) && given->pvarVal)
-            m_Variant = given->pvarVal;
-        else
-            return DISP_E_TYPEMISMATCH;
-        return S_OK;
-    }
-    SAFEARRAY** Pass() { return m_Place; }
-    void Store(VARIANT* result) {
-        VARIANT* target = m_Variant ? m_Variant : result;
-        if (m_Place != &m_Local || !target)
-            return;
-        VariantClear(target);
-        target->vt = m_Local ? Type : static_cast<VARTYPE>(VT_EMPTY);
-        target->parray = std::exchange(m_Local, nullptr);
-    }
-
-private:
-    SAFEARRAY* m_Local = nullptr;
-    SAFEARRAY** m_Place = nullptr;
-    VARIANT* m_Variant = nullptr;
 };
 
 template <class Member>
@@ -400,8 +463,9 @@ private:
         [[maybe_unused]] std::tuple<CArgument<P>...> arguments;
         HRESULT status = S_OK;
         [[maybe_unused]] const auto load = [&](auto& argument, UINT index) {
-            call.BadParameter = index;
             status = argument.Load(call.Arguments[index]);
+            if (FAILED(status))
+                call.BadParameter = index;
             return SUCCEEDED(status);
         };
         if (!(load(std::get<Index>(arguments), static_cast<UINT>(Index)) && ... && true))
@@ -444,6 +508,8 @@ consteval tagMethod PropertyPut(DISPID id, const wchar_t* name, Names... names) 
 }
 
 // The two halves of IDispatch, for any table. Names compare without case. `ids[1..]` are parameter indices.
+// `result` is a plain out parameter: what it holds before the call is not looked at, and it is empty after a failure.
+// `badArgument` is the index in rgvarg of an argument that was refused; it is set only when one was.
 HRESULT FindNames(std::span<const tagMethod> table, REFIID iid, LPOLESTR* names, UINT count, DISPID* ids);
 HRESULT InvokeMethod(std::span<const tagMethod> table, IDispatch* object, DISPID id, REFIID iid, WORD flags,
                      DISPPARAMS* parameters, VARIANT* result, UINT* badArgument);

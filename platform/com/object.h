@@ -1,6 +1,6 @@
 // IUnknown for an implementation class, from the list of the interfaces it offers.
 //
-//     class CThing final : public CObject<CThing, CounterKind::Interlocked, IThing, IOther> { ... };
+//     class CThing final : public CObject<CThing, ECounter::Interlocked, IThing, IOther> { ... };
 //     CComPtr<IThing> thing = MakeObject<CThing>(arguments);
 //
 // The first interface is the object's identity: its IUnknown. An object is made by MakeObject, which is the one

@@ -119,7 +119,7 @@ std::byte* FindElement(SAFEARRAY* array, const LONG* index) {
 
 SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG count) {
     const ULONG size = ElementSize(type);
-    if (!size)
+    if (!size || std::int64_t{lowerBound} + count > std::int64_t{std::numeric_limits<LONG>::max()} + 1)
         return nullptr;
     auto* block = static_cast<std::byte*>(std::calloc(1, HeaderSize + sizeof(SAFEARRAY)));
     void* data = std::calloc(count ? count : 1, size);
@@ -143,7 +143,7 @@ HRESULT SafeArrayDestroy(SAFEARRAY* array) {
     if (!array)
         return S_OK;
     if (array->cLocks)
-        return E_UNEXPECTED;
+        return DISP_E_ARRAYISLOCKED;
     if (array->fFeatures & (HasBstr | HasUnknown | HasDispatch | HasVariant))
         for (ULONG i = 0; i < array->rgsabound[0].cElements; ++i)
             ClearElement(array->fFeatures, ElementAt(array, i));
@@ -203,7 +203,7 @@ HRESULT SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound) {
 HRESULT SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound) {
     const HRESULT status = SafeArrayGetLBound(array, dimension, bound);
     if (SUCCEEDED(status))
-        *bound += static_cast<LONG>(array->rgsabound[0].cElements) - 1;
+        *bound = static_cast<LONG>(std::int64_t{*bound} + array->rgsabound[0].cElements - 1);
     return status;
 }
 
@@ -215,13 +215,14 @@ HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type) {
 }
 
 HRESULT SafeArrayPutElement(SAFEARRAY* array, const LONG* index, void* element) {
-    if (!array || !index || !element)
+    if (!array || !index)
+        return E_INVALIDARG;
+    const bool byValue = array->fFeatures & (HasBstr | HasUnknown | HasDispatch);
+    if (!element && !byValue)
         return E_INVALIDARG;
     std::byte* place = FindElement(array, index);
     if (!place)
         return DISP_E_BADINDEX;
-    // A BSTR or an interface pointer is itself the argument; anything else is pointed at.
-    const bool byValue = array->fFeatures & (HasBstr | HasUnknown | HasDispatch);
     const void* source = byValue ? static_cast<const void*>(&element) : element;
     alignas(VARIANT) std::byte fresh[sizeof(VARIANT)];
     const HRESULT status = CopyElement(array->fFeatures, array->cbElements, fresh, source);

@@ -22,7 +22,9 @@ struct SAFEARRAY {
     SAFEARRAYBOUND rgsabound[1];
 };
 
+// Null when there is no memory, the type cannot be an element, or an index would not fit a LONG.
 SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG count);
+// Accepts null. DISP_E_ARRAYISLOCKED, and the array stays, while its data is accessed.
 HRESULT SafeArrayDestroy(SAFEARRAY* array);
 HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy);
 HRESULT SafeArrayAccessData(SAFEARRAY* array, void** data);
@@ -30,7 +32,8 @@ HRESULT SafeArrayUnaccessData(SAFEARRAY* array);
 HRESULT SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound);
 HRESULT SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound);
 HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type);
-// `index` points at one index. A BSTR is copied in and out, an interface pointer is counted.
+// `index` points at one index. A BSTR is copied in and out, an interface pointer is counted. Put takes these two
+// themselves, null too, as `element`; anything else is pointed at. Get points at a place that holds nothing yet.
 HRESULT SafeArrayPutElement(SAFEARRAY* array, const LONG* index, void* element);
 HRESULT SafeArrayGetElement(SAFEARRAY* array, const LONG* index, void* element);
 

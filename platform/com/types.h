@@ -60,12 +60,16 @@ inline constexpr HRESULT DISP_E_BADVARTYPE = platform::MakeStatus(0x80020008U);
 inline constexpr HRESULT DISP_E_EXCEPTION = platform::MakeStatus(0x80020009U);
 inline constexpr HRESULT DISP_E_OVERFLOW = platform::MakeStatus(0x8002000AU);
 inline constexpr HRESULT DISP_E_BADINDEX = platform::MakeStatus(0x8002000BU);
+inline constexpr HRESULT DISP_E_ARRAYISLOCKED = platform::MakeStatus(0x8002000DU);
 inline constexpr HRESULT DISP_E_BADPARAMCOUNT = platform::MakeStatus(0x8002000EU);
 inline constexpr HRESULT DISP_E_PARAMNOTOPTIONAL = platform::MakeStatus(0x8002000FU);
 inline constexpr HRESULT CLASS_E_NOAGGREGATION = platform::MakeStatus(0x80040110U);
 inline constexpr HRESULT CLASS_E_CLASSNOTAVAILABLE = platform::MakeStatus(0x80040111U);
+inline constexpr HRESULT REGDB_E_READREGDB = platform::MakeStatus(0x80040150U);
 inline constexpr HRESULT REGDB_E_CLASSNOTREG = platform::MakeStatus(0x80040154U);
 inline constexpr HRESULT CO_E_CLASSSTRING = platform::MakeStatus(0x800401F3U);
+inline constexpr HRESULT CO_E_DLLNOTFOUND = platform::MakeStatus(0x800401F8U);
+inline constexpr HRESULT CO_E_ERRORINDLL = platform::MakeStatus(0x800401F9U);
 
 constexpr bool SUCCEEDED(HRESULT status) { return status >= 0; }
 constexpr bool FAILED(HRESULT status) { return status < 0; }

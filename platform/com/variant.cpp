@@ -1,14 +1,18 @@
 #include "platform/com/variant.h"
 
+#include "platform/com/com_error.h"
 #include "platform/com/dispatch.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <fmt/format.h>
 #include <fmt/xchar.h>
 #include <limits>
-#include <utility>
 #include <new>
+#include <string>
+#include <utility>
 #include <variant>
 
 namespace {
@@ -22,42 +26,30 @@ VARIANT Borrowed(VARTYPE type) {
     return value;
 }
 
-// A by-reference value as a plain one that still belongs to its owner. E_INVALIDARG for a null reference.
-HRESULT Follow(const VARIANT& source, VARIANT& plain) {
-    plain = source;
-    if (!(source.vt & VT_BYREF))
-        return S_OK;
-    if (!source.byref)
-        return E_INVALIDARG;
-    if (source.vt == (VT_BYREF | VT_VARIANT)) {
-        if (source.pvarVal->vt & VT_BYREF)
-            return Follow(*source.pvarVal, plain);
-        plain = *source.pvarVal;
-        return S_OK;
-    }
-    plain = Borrowed(source.vt & ~VT_BYREF);
-    if (source.vt & VT_ARRAY) {
-        plain.parray = *source.pparray;
-        return S_OK;
-    }
-    switch (plain.vt) {
+// The counted object of a plain value; null when it holds none.
+IUnknown* ObjectIn(const VARIANT& value) {
+    if (value.vt == VT_DISPATCH)
+        return value.pdispVal;
+    return value.vt == VT_UNKNOWN ? value.punkVal : nullptr;
+}
+
+// In bytes, of a value that a by-reference VARIANT points at; 0 for a type that there is no such thing of.
+std::size_t SizeOf(VARTYPE type) {
+    switch (type) {
     case VT_I1:
     case VT_UI1:
-        plain.bVal = *source.pbVal;
-        return S_OK;
+        return 1;
     case VT_I2:
     case VT_UI2:
     case VT_BOOL:
-        plain.iVal = *source.piVal;
-        return S_OK;
+        return 2;
     case VT_I4:
     case VT_UI4:
     case VT_INT:
     case VT_UINT:
     case VT_ERROR:
     case VT_R4:
-        plain.lVal = *source.plVal;
-        return S_OK;
+        return 4;
     case VT_I8:
     case VT_UI8:
     case VT_R8:
@@ -65,40 +57,97 @@ HRESULT Follow(const VARIANT& source, VARIANT& plain) {
     case VT_BSTR:
     case VT_UNKNOWN:
     case VT_DISPATCH:
-        plain.llVal = *source.pllVal;
-        return S_OK;
+        return 8;
     default:
-        return DISP_E_BADVARTYPE;
+        return type & VT_ARRAY ? sizeof(SAFEARRAY*) : 0;
     }
 }
 
-// A number written out in full, blanks around it allowed.
-HRESULT ParseNumber(std::wstring_view text, Number& number) {
+// A by-reference value as a plain one that still belongs to its owner. E_INVALIDARG for a null reference.
+HRESULT Follow(const VARIANT& source, VARIANT& plain) {
+    const VARIANT* value = &source;
+    if (value->vt == (VT_BYREF | VT_VARIANT)) {
+        value = value->pvarVal;
+        if (!value || value->vt == (VT_BYREF | VT_VARIANT))
+            return E_INVALIDARG;
+    }
+    plain = *value;
+    if (!(value->vt & VT_BYREF))
+        return S_OK;
+    if (!value->byref)
+        return E_INVALIDARG;
+    plain = Borrowed(value->vt & ~VT_BYREF);
+    const std::size_t size = SizeOf(plain.vt);
+    if (!size)
+        return DISP_E_BADVARTYPE;
+    std::memcpy(&plain.llVal, value->byref, size);
+    return S_OK;
+}
+
+std::wstring_view Trim(std::wstring_view text) {
     const auto first = text.find_first_not_of(L" \t");
-    if (first == std::wstring_view::npos)
+    return first == text.npos ? std::wstring_view() : text.substr(first, text.find_last_not_of(L" \t") - first + 1);
+}
+
+// The whole text as a T, or nothing.
+template <class T>
+bool ParseWhole(std::string_view text, T& value) {
+    const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() && rest == text.data() + text.size();
+}
+
+// Whether a number that no double can hold is too near to zero, not too far from it.
+bool IsTiny(std::string_view text) {
+    const std::size_t end = std::min(text.find_first_of("eE"), text.size());
+    const std::string_view mantissa = text.substr(0, end);
+    const auto point = static_cast<std::int64_t>(std::min(mantissa.find('.'), mantissa.size()));
+    const auto first = static_cast<std::int64_t>(mantissa.find_first_of("123456789"));
+    std::string_view power = text.substr(std::min(end + 1, text.size()));
+    if (power.starts_with('+'))
+        power.remove_prefix(1);
+    std::int64_t exponent = 0;
+    if (!power.empty() && !ParseWhole(power, exponent))
+        return power.starts_with('-');
+    return point - first + exponent <= 0;
+}
+
+// A number too large for a double overflows, one too small is zero.
+HRESULT ParseReal(std::string_view text, double& value) {
+    const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error == std::errc::invalid_argument || rest != text.data() + text.size())
         return DISP_E_TYPEMISMATCH;
-    text = text.substr(first, text.find_last_not_of(L" \t") - first + 1);
-    std::string narrow;
-    for (const wchar_t c : text) {
+    if (error == std::errc())
+        return std::isfinite(value) ? S_OK : DISP_E_TYPEMISMATCH;
+    if (!IsTiny(text))
+        return DISP_E_OVERFLOW;
+    value = 0;
+    return S_OK;
+}
+
+// A number written out in full, blanks around it allowed.
+HRESULT ParseNumber(std::wstring_view wide, Number& number) {
+    std::string text;
+    for (const wchar_t c : Trim(wide)) {
         if (c <= 0 || c > 0x7e)
             return DISP_E_TYPEMISMATCH;
-        narrow.push_back(static_cast<char>(c));
+        text.push_back(static_cast<char>(c));
     }
-    const char* begin = narrow.data() + (narrow.front() == '+' ? 1 : 0);
-    const char* end = narrow.data() + narrow.size();
-    std::int64_t whole = 0;
-    if (const auto [rest, error] = std::from_chars(begin, end, whole); error == std::errc() && rest == end) {
+    std::string_view digits = text;
+    if (digits.starts_with('+') && !digits.starts_with("+-"))
+        digits.remove_prefix(1);
+    if (std::int64_t whole = 0; ParseWhole(digits, whole)) {
         number = whole;
         return S_OK;
     }
+    if (std::uint64_t natural = 0; ParseWhole(digits, natural)) {
+        number = natural;
+        return S_OK;
+    }
     double real = 0;
-    const auto [rest, error] = std::from_chars(begin, end, real);
-    if (error == std::errc::result_out_of_range)
-        return DISP_E_OVERFLOW;
-    if (error != std::errc() || rest != end || !std::isfinite(real))
-        return DISP_E_TYPEMISMATCH;
-    number = real;
-    return S_OK;
+    const HRESULT status = ParseReal(digits, real);
+    if (SUCCEEDED(status))
+        number = real;
+    return status;
 }
 
 HRESULT NumberOf(const VARIANT& value, Number& number) {
@@ -209,11 +258,17 @@ HRESULT ToNumber(const VARIANT& source, VARIANT& target) {
     }
 }
 
+// `word` is in small letters.
+bool SameWord(std::wstring_view text, std::wstring_view word) {
+    return std::ranges::equal(text, word, {}, [](wchar_t c) { return c >= L'A' && c <= L'Z' ? c + (L'a' - L'A') : c; });
+}
+
 HRESULT ToBool(const VARIANT& source, VARIANT& target) {
     if (source.vt == VT_BSTR) {
-        const std::wstring_view text = platform::ViewOf(source.bstrVal);
-        if (text == L"True" || text == L"False") {
-            target.boolVal = text == L"True" ? VARIANT_TRUE : VARIANT_FALSE;
+        const std::wstring_view text = Trim(platform::ViewOf(source.bstrVal));
+        const bool isTrue = SameWord(text, L"true");
+        if (isTrue || SameWord(text, L"false")) {
+            target.boolVal = isTrue ? VARIANT_TRUE : VARIANT_FALSE;
             return S_OK;
         }
     }
@@ -251,13 +306,27 @@ HRESULT Convert(const VARIANT& source, VARIANT& target) {
         if (source.vt != VT_DISPATCH && source.vt != VT_UNKNOWN)
             return DISP_E_TYPEMISMATCH;
         const IID& iid = target.vt == VT_DISPATCH ? platform::UuidOf<IDispatch> : platform::UuidOf<IUnknown>;
-        return source.punkVal ? source.punkVal->QueryInterface(iid, &target.byref) : S_OK;
+        IUnknown* object = ObjectIn(source);
+        return object && FAILED(object->QueryInterface(iid, &target.byref)) ? DISP_E_TYPEMISMATCH : S_OK;
     }
     if (target.vt == VT_BSTR)
         return ToText(source, target);
     if (target.vt == VT_BOOL)
         return ToBool(source, target);
     return ToNumber(source, target);
+}
+
+// `target` is empty, and stays so on failure.
+HRESULT ConvertInto(const VARIANT& source, VARTYPE type, VARIANT& target) {
+    VARIANT fresh = Borrowed(type);
+    HRESULT status = E_OUTOFMEMORY;
+    try {
+        status = Convert(source, fresh);
+    } catch (const std::bad_alloc&) {
+    }
+    if (SUCCEEDED(status))
+        target = fresh;
+    return status;
 }
 
 } // namespace
@@ -274,8 +343,8 @@ HRESULT VariantClear(VARIANT* value) {
                 return status;
         } else if (value->vt == VT_BSTR)
             SysFreeString(value->bstrVal);
-        else if ((value->vt == VT_DISPATCH || value->vt == VT_UNKNOWN) && value->punkVal)
-            value->punkVal->Release();
+        else if (IUnknown* object = ObjectIn(*value))
+            object->Release();
     }
     VariantInit(value);
     return S_OK;
@@ -296,8 +365,8 @@ HRESULT VariantCopy(VARIANT* target, const VARIANT* source) {
             copy.bstrVal = SysAllocStringLen(source->bstrVal, SysStringLen(source->bstrVal));
             if (!copy.bstrVal)
                 return E_OUTOFMEMORY;
-        } else if ((source->vt == VT_DISPATCH || source->vt == VT_UNKNOWN) && source->punkVal)
-            source->punkVal->AddRef();
+        } else if (IUnknown* object = ObjectIn(*source))
+            object->AddRef();
     }
     const HRESULT status = VariantClear(target);
     if (FAILED(status)) {
@@ -323,21 +392,15 @@ HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT, VARTYP
     HRESULT status = Follow(*source, plain);
     if (FAILED(status))
         return status;
-    if (plain.vt == type) {
-        platform::CVariant copy;
-        status = VariantCopy(&copy.Get(), &plain);
-        if (SUCCEEDED(status))
-            status = VariantClear(target);
-        if (SUCCEEDED(status))
-            *target = copy.Detach();
-        return status;
-    }
-    VARIANT converted = Borrowed(type);
-    status = Convert(plain, converted);
+    platform::CVariant converted;
+    if (plain.vt == type)
+        status = VariantCopy(&converted.Get(), &plain);
+    else
+        status = ConvertInto(plain, type, converted.Get());
     if (SUCCEEDED(status))
         status = VariantClear(target);
     if (SUCCEEDED(status))
-        *target = converted;
+        *target = converted.Detach();
     return status;
 }
 
@@ -348,11 +411,32 @@ CVariant::CVariant(std::wstring_view text) : CVariant() {
     m_Value.vt = VT_BSTR;
 }
 
+CVariant::CVariant(const wchar_t* text) : CVariant() {
+    m_Value.bstrVal = CBstr(text).Detach();
+    m_Value.vt = VT_BSTR;
+}
+
 CVariant::CVariant(IUnknown* object) : CVariant() {
     if (object)
         object->AddRef();
     m_Value.punkVal = object;
     m_Value.vt = VT_UNKNOWN;
+}
+
+CVariant::CVariant(IDispatch* object) : CVariant() {
+    if (object)
+        object->AddRef();
+    m_Value.pdispVal = object;
+    m_Value.vt = VT_DISPATCH;
+}
+
+CVariant::CVariant(const CVariant& other) : CVariant() { ThrowIfFailed(VariantCopy(&m_Value, &other.m_Value)); }
+
+CVariant CVariant::FromBstr(BSTR text) {
+    CVariant value;
+    value.m_Value.bstrVal = CBstr::Copy(text).Detach();
+    value.m_Value.vt = VT_BSTR;
+    return value;
 }
 
 CVariant CVariant::FromArray(SAFEARRAY* array, VARTYPE elementType) {

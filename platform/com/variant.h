@@ -1,7 +1,8 @@
 // VARIANT: the tagged value of late-bound calls. 24 bytes, the type in the first two, the value at offset 8.
 //
 // VariantChangeType converts among numbers, BSTR and VARIANT_BOOL, follows by-reference values and never depends on
-// a locale: a decimal separator is a point. It refuses text that is no number as a whole.
+// a locale: a decimal separator is a point. It refuses text that is no number as a whole (blanks around it are no
+// harm). Halves round to the even neighbour. A by-reference VARIANT may not lead to another one.
 #pragma once
 
 #include "platform/com/safearray.h"
@@ -109,6 +110,10 @@ public:
         m_Value.vt = VT_I4;
         m_Value.lVal = value;
     }
+    explicit CVariant(ULONG value) : CVariant() {
+        m_Value.vt = VT_UI4;
+        m_Value.ulVal = value;
+    }
     explicit CVariant(double value) : CVariant() {
         m_Value.vt = VT_R8;
         m_Value.dblVal = value;
@@ -122,10 +127,15 @@ public:
         m_Value.llVal = value;
     }
     explicit CVariant(std::wstring_view text);
-    explicit CVariant(const wchar_t* text) : CVariant(std::wstring_view(text)) {}
-    // Counts the pointer.
+    // Up to the first zero; null gives a null BSTR.
+    explicit CVariant(const wchar_t* text);
+    // As for CBstr: a BSTR goes through FromBstr, a buffer is given as a view.
+    explicit CVariant(wchar_t* text) = delete;
+    // Counts the pointer, which may be null.
     explicit CVariant(IUnknown* object);
-    CVariant(const CVariant& other) : CVariant() { VariantCopy(&m_Value, &other.m_Value); }
+    explicit CVariant(IDispatch* object);
+    // Throws CComError when there is no memory.
+    CVariant(const CVariant& other);
     CVariant(CVariant&& other) noexcept : m_Value(other.m_Value) { VariantInit(&other.m_Value); }
     CVariant& operator=(CVariant other) noexcept {
         std::swap(m_Value, other.m_Value);
@@ -133,6 +143,8 @@ public:
     }
     ~CVariant() { VariantClear(&m_Value); }
 
+    // Copies; null and empty stay apart.
+    static CVariant FromBstr(BSTR text);
     // Takes the array over.
     static CVariant FromArray(SAFEARRAY* array, VARTYPE elementType);
 
