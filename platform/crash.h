@@ -62,14 +62,14 @@ ExceptionTranslator SetExceptionTranslator(ExceptionTranslator translator);
 // Runs the handler, if there is one, and returns: the caller then refuses the call.
 void ReportInvalidParameter(const wchar_t* expression, const wchar_t* function);
 
-// Stops in the debugger. Without one the process ends with SIGTRAP, unless a break handler is set: it is then called
-// instead, and execution goes on.
+// Stops in the debugger. Without one the process ends with SIGTRAP, unless a break handler is set: it is then
+// called instead, and execution goes on.
 void DebugBreak();
 using BreakHandler = void (*)();
 BreakHandler SetBreakHandler(BreakHandler handler) noexcept;
 
-// Ends the process at once: no destructors, nothing flushed. The system keeps the low 8 bits of the code, so that -1
-// shows as 255.
+// Ends the process at once: no destructors, nothing flushed. The system keeps the low 8 bits of the code, so that
+// -1 shows as 255.
 [[noreturn]] void TerminateProcess(int code) noexcept;
 
 // Masks the floating-point exceptions, clears their flags, rounds to nearest: the state in which a thread starts.

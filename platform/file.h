@@ -53,10 +53,11 @@ struct tagStampedFile {
 };
 [[nodiscard]] std::optional<tagStampedFile> ReadStampedFileIfExists(const std::filesystem::path& path);
 
-// After this the file holds the old bytes or the new ones, never a mixture, even through a power failure, and its modification
-// time grows with each write. With EAccess::Usual a file that is replaced keeps its permissions. A symbolic link
-// stays, and the file it points to is replaced.
-void WriteFileAtomically(const std::filesystem::path& path, std::string_view bytes, EAccess access = EAccess::Usual);
+// After this the file holds the old bytes or the new ones, never a mixture, even through a power failure, and its
+// modification time grows with each write. With EAccess::Usual a file that is replaced keeps its permissions. A
+// symbolic link stays, and the file it points to is replaced.
+void WriteFileAtomically(const std::filesystem::path& path, std::string_view bytes,
+                         EAccess access = EAccess::Usual);
 
 // Creates what is missing; what exists keeps its permissions.
 void CreateDirectories(const std::filesystem::path& path, EAccess access = EAccess::Usual);

@@ -13,8 +13,8 @@ enum class EMessageIcon : UINT { None = 0, Error = 16, Warning = 48, Information
 
 void ShowMessageBox(std::wstring_view text, EMessageIcon icon) noexcept;
 
-// Takes the message instead, for a host with a place of its own to show it. Null is the usual way; the result is what
-// was set before.
+// Takes the message instead, for a host with a place of its own to show it. Null is the usual way; the result is
+// what was set before.
 using MessageBoxHandler = void (*)(std::wstring_view text, EMessageIcon icon);
 MessageBoxHandler SetMessageBoxHandler(MessageBoxHandler handler) noexcept;
 

@@ -58,8 +58,7 @@ std::optional<LONG> CRegistryKey::ReadNumber(std::wstring_view name) const {
 void CRegistryKey::WriteText(std::wstring_view name, std::wstring_view value) const {
     CheckText(name);
     CheckText(value);
-    ChangeRegistry(m_Root,
-                   [&](CRegistryTree& tree) { return tree.Write(m_Path, name, std::wstring(value)); });
+    ChangeRegistry(m_Root, [&](CRegistryTree& tree) { return tree.Write(m_Path, name, std::wstring(value)); });
 }
 
 void CRegistryKey::WriteNumber(std::wstring_view name, LONG value) const {

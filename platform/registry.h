@@ -9,8 +9,8 @@
 // lock, reads the file again, and replaces it whole, so that no two writers lose each other's changes and no reader
 // ever sees half a file. Comments that a person wrote into the file do not survive a change made by a program.
 //
-// Errors: CRegistryError when a file is malformed (it is left as it is), unreadable or cannot be written; CTextError
-// when a text to write is no valid Unicode. A missing key or value is an empty optional, never an error.
+// Errors: CRegistryError when a file is malformed (it is left as it is), unreadable or cannot be written;
+// CTextError when a name or text is no valid Unicode. A missing key or value is an empty optional, never an error.
 
 #include "platform/com/types.h"
 

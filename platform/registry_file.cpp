@@ -87,7 +87,9 @@ Tree ReadTree(const std::filesystem::path& file) {
         Cache().Keep(file, read->Stamp, tree);
         return tree;
     } catch (const CFileError& error) {
-        ThrowRegistryError(file, 0, error.what());
+        ThrowRegistryError(file, 0,
+                           std::string(error.what()) +
+                               ". Let this user read it, or name another directory in SQSTORAGE_REGISTRY_DIR");
     }
 }
 

@@ -87,12 +87,12 @@ void CRegistryTree::AddValue(const tagTomlValue& value, const std::wstring& path
 }
 
 std::string CRegistryTree::Format() const {
-    tagTomlTable root;
+    tagTomlTable root{};
     for (const auto& [folded, key] : m_Keys) {
         // A key that only leads to others needs no table of its own.
         if (key.Values.empty() && FirstBelow(folded) != m_Keys.end())
             continue;
-        tagTomlTable child{.Name = ToUtf8(key.Path), .Values = {}, .Tables = {}};
+        tagTomlTable child{.Name = ToUtf8(key.Path), .Line = 0, .Values = {}, .Tables = {}};
         tagTomlTable& table = folded.empty() ? root : child;
         for (const auto& [foldedName, value] : key.Values) {
             const std::wstring_view name = value.Name.empty() ? DefaultValueName : std::wstring_view(value.Name);

@@ -129,6 +129,8 @@ std::wstring FoldCase(std::wstring_view text) {
         }
         return result;
     }
+    if (FindFault(text) < text.size())
+        ThrowFault(text, "Unicode", "character");
     static const std::locale locale = boost::locale::generator()("en_US.UTF-8");
     return boost::locale::fold_case(result.assign(text), locale);
 }

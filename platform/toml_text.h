@@ -30,13 +30,14 @@ struct tagTomlValue {
 
 struct tagTomlTable {
     std::string Name;
+    std::size_t Line;
     std::vector<tagTomlValue> Values;
     std::vector<tagTomlTable> Tables;
 };
 
-// All text is UTF-8. The root table has no name.
+// All text is UTF-8. The root table has no name. Values and tables come in the order of their lines.
 [[nodiscard]] tagTomlTable ParseToml(std::string_view text);
-// Lines are left out of account.
+// Tables within the tables of `root` are not written: there is one level of them. Lines are left out of account.
 [[nodiscard]] std::string FormatToml(const tagTomlTable& root);
 
 } // namespace platform

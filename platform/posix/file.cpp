@@ -60,12 +60,23 @@ void WriteAll(int descriptor, std::string_view bytes, const std::filesystem::pat
     }
 }
 
+// What the path stands for in the end, which need not exist.
+std::filesystem::path FollowLinks(std::filesystem::path path) {
+    constexpr int mostLinks = 40; // the system's own limit
+    std::error_code error;
+    for (int i = 0; std::filesystem::is_symlink(path, error); ++i) {
+        if (i == mostLinks)
+            throw CFileError("follow the links of", path, ELOOP);
+        path = path.parent_path() / std::filesystem::read_symlink(path);
+    }
+    return path;
+}
+
 // A file beside `target` that disappears unless it takes the target's place.
 class CReplacement {
 public:
     CReplacement(const std::filesystem::path& target, EAccess access)
-        : m_Target(target), m_Path(MakeName(target)),
-          m_File(RetryInterrupted([&] {
+        : m_Target(target), m_Path(MakeName(target)), m_File(RetryInterrupted([&] {
               return open(m_Path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
                           access == EAccess::Private ? 0600 : 0666);
           })) {
@@ -108,8 +119,7 @@ private:
     void SetLaterTime() {
         timespec now{};
         clock_gettime(CLOCK_REALTIME, &now);
-        const std::int64_t time =
-            std::max(now.tv_sec * NanosecondsPerSecond + now.tv_nsec, m_Replaced + 1);
+        const std::int64_t time = std::max(now.tv_sec * NanosecondsPerSecond + now.tv_nsec, m_Replaced + 1);
         const timespec modified{.tv_sec = time / NanosecondsPerSecond, .tv_nsec = time % NanosecondsPerSecond};
         const timespec times[2] = {modified, modified};
         if (futimens(m_File.Get(), times) != 0)
@@ -172,9 +182,7 @@ std::optional<tagStampedFile> ReadStampedFileIfExists(const std::filesystem::pat
 }
 
 void WriteFileAtomically(const std::filesystem::path& path, std::string_view bytes, EAccess access) {
-    std::error_code ignored;
-    const bool isLink = std::filesystem::is_symlink(path, ignored);
-    CReplacement replacement(isLink ? std::filesystem::weakly_canonical(path) : path, access);
+    CReplacement replacement(FollowLinks(path), access);
     replacement.Fill(bytes);
     replacement.TakePlace();
 }

@@ -45,7 +45,8 @@ void RemoveTree(const std::filesystem::path& path) {
 std::vector<std::filesystem::path> ListDirectory(const std::filesystem::path& path) {
     std::vector<std::filesystem::path> entries;
     std::error_code error;
-    for (std::filesystem::directory_iterator entry(path, error), end; !error && entry != end; entry.increment(error))
+    for (std::filesystem::directory_iterator entry(path, error), end; !error && entry != end;
+         entry.increment(error))
         entries.push_back(entry->path());
     if (error)
         throw CFileError("list directory", path, error.value());

@@ -35,7 +35,8 @@ int CollectNotes(dl_phdr_info* info, std::size_t, void* data) {
 
 std::vector<tagNoteSegment> FindNoteSegments(const CModule& module) {
     link_map* map = nullptr;
-    if (module.NativeHandle() == nullptr || dlinfo(module.NativeHandle(), RTLD_DI_LINKMAP, static_cast<void*>(&map)) != 0)
+    if (module.NativeHandle() == nullptr ||
+        dlinfo(module.NativeHandle(), RTLD_DI_LINKMAP, static_cast<void*>(&map)) != 0)
         return {};
     tagSearch search{map, {}};
     dl_iterate_phdr(CollectNotes, &search);

@@ -26,8 +26,7 @@ bool IsLibraryName(std::wstring_view name) {
     if (name.ends_with(extension))
         return true;
     const std::size_t version = name.find(L".so.");
-    return version != name.npos &&
-           name.find_first_not_of(L"0123456789.", version + extension.size()) == name.npos;
+    return version != name.npos && name.find_first_not_of(L"0123456789.", version + extension.size()) == name.npos;
 }
 
 std::string LibraryName(std::wstring_view name) {
@@ -110,8 +109,7 @@ CModule& CModule::operator=(CModule&& other) noexcept {
 std::optional<CModule> CModule::FindLoaded(std::wstring_view windowsName) {
     if (windowsName.empty())
         return std::nullopt;
-    void* const handle =
-        FindLoadedHandle(IsPath(windowsName) ? ToUtf8(windowsName) : LibraryName(windowsName));
+    void* const handle = FindLoadedHandle(IsPath(windowsName) ? ToUtf8(windowsName) : LibraryName(windowsName));
     return handle != nullptr ? std::optional(CModule(handle)) : std::nullopt;
 }
 
@@ -123,8 +121,7 @@ std::optional<CModule> CModule::Load(std::wstring_view nameOrPath, std::wstring*
     }
     if (auto loaded = FindLoaded(nameOrPath))
         return loaded;
-    const std::string file =
-        IsPath(nameOrPath) ? ToUtf8(nameOrPath) : LocateLibrary(LibraryName(nameOrPath));
+    const std::string file = IsPath(nameOrPath) ? ToUtf8(nameOrPath) : LocateLibrary(LibraryName(nameOrPath));
     void* const handle = LoadHandle(file, reason);
     return handle != nullptr ? std::optional(CModule(handle)) : std::nullopt;
 }
