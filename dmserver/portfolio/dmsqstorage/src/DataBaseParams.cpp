@@ -1,0 +1,55 @@
+#include "DataBaseParams.h"
+
+#include "diagnostics/interface/BugSlayer.h"
+#include "platform/com/com_error.h"
+#include "platform/known_folder.h"
+#include "platform/registry.h"
+#include "unicomp/ProductLocation/interface/ModuleVersionInfo.h"
+#include "unicomp/ProductLocation/interface/ProductPath.h"
+
+namespace sqStorage {
+
+namespace {
+
+// A missing key or value leaves an empty text.
+std::wstring ReadMachineText(const std::wstring& path, const wchar_t* name) {
+    const auto key = platform::CRegistryKey::Open(platform::ERegistryRoot::Machine, path);
+    return key ? key->ReadText(name).value_or(std::wstring()) : std::wstring();
+}
+
+std::wstring HostProductPath(ULONG location) {
+    const ModuleVersionInfo info(nullptr);
+    platform::CBstr path;
+    if (const LONG status = GetProductPath(path.Put(), info.Company, info.Product, location, 1))
+        platform::ThrowStatus(status, status == ErrorResourceDataNotFound
+                                          ? L"the host executable does not say its company and product: embed them "
+                                            L"with add_version_info()"
+                                          : L"GetProductPath");
+    return path.Text();
+}
+
+} // namespace
+
+void CDataBaseParams::MakeDatabaseParams() {
+    const BugSlayerUtil::CScope scope(this);
+    const std::wstring path = HostProductPath(ProductLocationRegistry) + L"\\Databases\\Portfolio";
+    scope.Trace(L"%s", path);
+    _DatabasePath = ReadMachineText(path, L"Path");
+    if (_DatabasePath.empty())
+        scope.Throw(L"!_DatabasePath.empty()");
+    _UserName = ReadMachineText(path, L"Username");
+    if (_UserName.empty())
+        scope.Throw(L"!_UserName.empty()");
+    _Password = ReadMachineText(path, L"Password");
+    if (_Password.empty())
+        scope.Throw(L"!_Password.empty()");
+    m_DictionaryPath = ReadMachineText(path, L"DictionaryPath");
+    if (m_DictionaryPath.empty()) {
+        const std::wstring separator(1, platform::PathSeparator);
+        m_DictionaryPath = HostProductPath(ProductLocationCommonAppData) + separator + L"Databases" + separator +
+                           L"Dictionary.csv";
+    }
+    m_Valid = 1;
+}
+
+} // namespace sqStorage

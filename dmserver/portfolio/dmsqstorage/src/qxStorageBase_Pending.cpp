@@ -1,0 +1,134 @@
+// Methods whose subsystems are not part of this version. A caller learns so by E_NOTIMPL; slots and names stand.
+#include "qxStorageBase.h"
+
+using IDM_dmudfcom::IdmRequest;
+using IDM_dmudfcom::IdmTable;
+
+// IqxStorage
+HRESULT CqxStorageBase::SelectDataFeed(IdmRequest*, IdmTable*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::InsertDataFeed(BSTR, BSTR, BSTR, BSTR, LONG, LONG*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::DeleteDataFeed(LONG, LONG*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::UpdateDataFeed(LONG, BSTR, BSTR, BSTR, BSTR, LONG, LONG) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::GetDataFeed(BSTR, LONG*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::SelectExchange(IdmRequest*, IdmTable*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::InsertExchange(BSTR, BSTR, LONG, LONG, LONG, LONG, BSTR, BSTR, LONG*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::DeleteExchange(LONG, LONG*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::UpdateExchange(LONG, BSTR, BSTR, LONG, LONG, LONG, LONG, BSTR, BSTR) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::GetExchange(BSTR, LONG*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::SelectSession(IdmRequest*, IdmTable*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::InsertSession(LONG, BSTR, LONG, LONG*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::DeleteSession(LONG, LONG*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::UpdateSession(LONG, LONG, BSTR, LONG) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::SelectSessionDetails(IdmRequest*, IdmTable*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::InsertSessionDetails(IdmTable*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::DeleteSessionDetails(LONG) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::SelectPortfolio(LONG, IdmRequest*, IdmTable*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::InsertPortfolio(BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG,
+                                        LONG, LONG, double, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG*) {
+    return E_NOTIMPL;
+}
+HRESULT CqxStorageBase::DeletePortfolio(LONG) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::UpdatePortfolio(LONG, BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG,
+                                        LONG, LONG, LONG, double, LONG, LONG, LONG, LONG, LONG, LONG, LONG) {
+    return E_NOTIMPL;
+}
+HRESULT CqxStorageBase::SelectDictionary(LONG, IdmRequest*, IdmTable*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::InsertDictionary(BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG,
+                                         LONG, LONG, double, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG*) {
+    return E_NOTIMPL;
+}
+HRESULT CqxStorageBase::DeleteDictionary(LONG) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::UpdateDictionary(LONG, BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG,
+                                         LONG, LONG, LONG, double, LONG, LONG, LONG, LONG, LONG, LONG, LONG) {
+    return E_NOTIMPL;
+}
+HRESULT CqxStorageBase::GetSymbol(LONG, BSTR, LONG, LONG, LONG, BSTR, LONG, LONG*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::GetAvailableSessions(LONG, IdmTable*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::GetSymbolByName(LONG, BSTR, LONG*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::GetSymbolByDescription(LONG, BSTR, BSTR*, LONG*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::SelectCustomFutures(LONG, IdmRequest*, IdmTable*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::InsertCustomFutures(BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG,
+                                            LONG*) {
+    return E_NOTIMPL;
+}
+HRESULT CqxStorageBase::DeleteCustomFutures(LONG) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::UpdateCustomFutures(LONG, BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG,
+                                            LONG) {
+    return E_NOTIMPL;
+}
+HRESULT CqxStorageBase::UpdateCustomFuturesFormula(LONG, BSTR, BSTR, BSTR) { return E_NOTIMPL; }
+
+// IqxPortfolio
+HRESULT CqxStorageBase::Advise(LONG, IdmRequest*, IdmTable*, LONG*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::Unadvise(LONG) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::Fetch(LONG, LONG*) { return E_NOTIMPL; }
+
+// IascStorage
+HRESULT CqxStorageBase::get_Datafeed(LONG*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::Load(IdmTable*, IdmTable*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::Save(IdmTable*, IdmTable*) { return E_NOTIMPL; }
+
+// IqxStorageNotify
+HRESULT CqxStorageBase::AdviseNotify(ULONG, IDispatch*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::UnadviseNotify(ULONG, IDispatch*) { return E_NOTIMPL; }
+
+// IqxAddingSymbol
+HRESULT CqxStorageBase::AddSymbol(BSTR, BSTR, BSTR, BSTR, LONG, LONG, BSTR, LONG, LONG, double, LONG, LONG, LONG,
+                                  LONG, LONG, LONG, LONG, LONG*) {
+    return E_NOTIMPL;
+}
+
+// IqxStorageSmartNotify
+HRESULT CqxStorageBase::DeletePortfolioSmart(LONG, LONG) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::InsertPortfolioSmart(BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG,
+                                             LONG, LONG, double, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG*,
+                                             LONG) {
+    return E_NOTIMPL;
+}
+HRESULT CqxStorageBase::UpdatePortfolioSmart(LONG, BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG,
+                                             LONG, LONG, LONG, double, LONG, LONG, LONG, LONG, LONG, LONG, LONG,
+                                             LONG) {
+    return E_NOTIMPL;
+}
+HRESULT CqxStorageBase::InsertSymbols(IdmTable*, IdmTable*, LONG) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::SendNotify(LONG) { return E_NOTIMPL; }
+
+// IqxNativePortfolio
+HRESULT CqxStorageBase::UpdatePortfolioNative(LONG, BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG,
+                                              LONG, LONG, LONG, LONG, double, LONG, LONG, LONG, LONG, LONG, LONG,
+                                              LONG) {
+    return E_NOTIMPL;
+}
+
+// IqxDictionary
+HRESULT CqxStorageBase::SelectRootSettings(IdmRequest*, IdmTable*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::InsertRootSettings(BSTR, BSTR, BSTR, BSTR, double, double, ULONG, ULONG, BSTR, BSTR, LONG,
+                                           LONG) {
+    return E_NOTIMPL;
+}
+HRESULT CqxStorageBase::UpdateRootSettings(BSTR, BSTR, BSTR, BSTR, BSTR, double, double, ULONG, ULONG, BSTR, BSTR,
+                                           LONG, LONG) {
+    return E_NOTIMPL;
+}
+HRESULT CqxStorageBase::DeleteRootSettings(BSTR, BSTR, LONG) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::GetRootDataFeedNameList(SAFEARRAY**) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::AdjustRootSettings(IdmTable*) { return E_NOTIMPL; }
+
+// IqxExpirationRuleSettings
+HRESULT CqxStorageBase::SelectExpirationRule(IdmRequest*, IdmTable*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::InsertExpirationRule(BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG*) {
+    return E_NOTIMPL;
+}
+HRESULT CqxStorageBase::UpdateExpirationRule(LONG, BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG) {
+    return E_NOTIMPL;
+}
+HRESULT CqxStorageBase::DeleteExpirationRule(LONG, LONG*) { return E_NOTIMPL; }
+
+// IqxExpirationDateCalculator
+HRESULT CqxStorageBase::Calculate(BSTR, BSTR, LONG, LONG*, LONG*) { return E_NOTIMPL; }
+
+// IqxCurrency
+HRESULT CqxStorageBase::SetCurrency(LONG, LONG) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::GetCurrency(LONG, LONG*) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::DeleteCurrency(LONG) { return E_NOTIMPL; }
+HRESULT CqxStorageBase::SelectCurrency(IdmRequest*, IdmTable*) { return E_NOTIMPL; }
