@@ -303,6 +303,7 @@ int g_Breaks = 0;
 TEST(DebugBreak, CallsItsHandlerAndGoesOn) {
     const BreakHandler handler = [] { ++g_Breaks; };
     EXPECT_EQ(SetBreakHandler(handler), nullptr);
+    g_Breaks = 0;
     DebugBreak();
     EXPECT_EQ(g_Breaks, 1);
     EXPECT_EQ(SetBreakHandler(nullptr), handler);

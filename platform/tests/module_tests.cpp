@@ -3,6 +3,7 @@
 #include "platform/environment.h"
 #include "platform/file.h"
 #include "platform/process.h"
+#include "platform/text.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Every test takes a copy of the module under a name of its own, since what is loaded once stays.
+// Every run of a test takes a copy of the module under a name of its own, since what is loaded once stays.
 class Module : public testing::Test {
 protected:
     [[nodiscard]] fs::path CopyAs(const std::string& name, std::wstring_view kind = L"plain") const {
@@ -29,21 +30,24 @@ protected:
     }
 
     CTemporaryDirectory m_Directory;
+    // The letters that make the directory unique.
+    std::wstring m_Own = m_Directory.Name().substr(m_Directory.Name().rfind(L'-') + 1);
     CScopedEnvironment m_Path{L"SQSTORAGE_MODULE_PATH", L"/nowhere:" + m_Directory.Name() + L":"};
 };
 
 TEST_F(Module, IsFoundUnderItsWindowsNameOnceItIsLoaded) {
-    static_cast<void>(CopyAs("libFirst3.0_x64.so"));
-    EXPECT_FALSE(CModule::FindLoaded(L"First3.0_x64.dll").has_value());
-    const auto loaded = CModule::Load(L"First3.0_x64.dll");
+    const std::wstring name = m_Own + L"3.0_x64";
+    const fs::path file = CopyAs("lib" + ToUtf8(name) + ".so");
+    EXPECT_FALSE(CModule::FindLoaded(name + L".dll").has_value());
+    const auto loaded = CModule::Load(name + L".dll");
     ASSERT_TRUE(loaded.has_value());
     EXPECT_EQ(Answer(*loaded), 42);
-    const auto found = CModule::FindLoaded(L"First3.0_x64.DLL");
+    const auto found = CModule::FindLoaded(name + L".DLL");
     ASSERT_TRUE(found.has_value());
-    EXPECT_EQ(found->FileName(), m_Directory.Name() + L"/libFirst3.0_x64.so");
-    EXPECT_TRUE(CModule::FindLoaded(L"First3.0_x64").has_value());
-    EXPECT_TRUE(CModule::FindLoaded(L"libFirst3.0_x64.so").has_value());
-    EXPECT_FALSE(CModule::FindLoaded(L"First3.0.dll").has_value()) << "a part of the name is not the name";
+    EXPECT_EQ(found->FileName(), FromPath(file));
+    EXPECT_TRUE(CModule::FindLoaded(name).has_value());
+    EXPECT_TRUE(CModule::FindLoaded(L"lib" + name + L".so").has_value());
+    EXPECT_FALSE(CModule::FindLoaded(m_Own + L"3.0.dll").has_value()) << "a part of the name is not the name";
 }
 
 TEST_F(Module, IsFoundWithAVersionBehindItsName) {
@@ -72,20 +76,20 @@ TEST_F(Module, IsLookedForWhereTheSystemLooksAtLast) { EXPECT_TRUE(CModule::Load
 
 TEST_F(Module, ThatIsAbsentIsLookedForAgain) {
     std::wstring reason;
-    EXPECT_FALSE(CModule::Load(L"Late.dll", &reason).has_value());
-    EXPECT_NE(reason.find(L"libLate.so"), std::wstring::npos) << fs::path(reason);
-    static_cast<void>(CopyAs("libLate.so"));
-    EXPECT_TRUE(CModule::Load(L"Late.dll").has_value());
+    EXPECT_FALSE(CModule::Load(m_Own + L".dll", &reason).has_value());
+    EXPECT_NE(reason.find(L"lib" + m_Own + L".so"), std::wstring::npos) << ToUtf8(reason);
+    static_cast<void>(CopyAs("lib" + ToUtf8(m_Own) + ".so"));
+    EXPECT_TRUE(CModule::Load(m_Own + L".dll").has_value());
 }
 
 TEST_F(Module, ThatCannotBeLoadedSaysWhy) {
     static_cast<void>(CopyAs("libBroken.so", L"broken"));
     std::wstring reason;
     EXPECT_FALSE(CModule::Load(L"Broken.dll", &reason).has_value());
-    EXPECT_NE(reason.find(L"SqNobodyDefinesThis"), std::wstring::npos) << fs::path(reason);
+    EXPECT_NE(reason.find(L"SqNobodyDefinesThis"), std::wstring::npos) << ToUtf8(reason);
     WriteFileAtomically(m_Directory.Path() / "libText.so", "no library at all");
     EXPECT_FALSE(CModule::Load(L"Text.dll", &reason).has_value());
-    EXPECT_NE(reason.find(L"libText.so"), std::wstring::npos) << fs::path(reason);
+    EXPECT_NE(reason.find(L"libText.so"), std::wstring::npos) << ToUtf8(reason);
 }
 
 TEST_F(Module, WithoutANameIsNone) {
@@ -109,7 +113,7 @@ TEST_F(Module, IsKnownByAnAddressInIt) {
     const CModule own = CModule::ContainingAddress(reinterpret_cast<const void*>(&Module::Answer));
     EXPECT_EQ(own.FileName(), ExecutablePath());
     const CModule platform = CModule::ContainingAddress(reinterpret_cast<const void*>(&ExecutablePath));
-    EXPECT_TRUE(platform.FileName().ends_with(L"/libsqplatform.so")) << fs::path(platform.FileName());
+    EXPECT_TRUE(platform.FileName().ends_with(L"/libsqplatform.so")) << ToUtf8(platform.FileName());
     const int onTheStack = 0;
     EXPECT_THROW(static_cast<void>(CModule::ContainingAddress(&onTheStack)), std::invalid_argument);
 }
