@@ -54,9 +54,12 @@ public:
     }
 
 protected:
-    friend class CRecordWriter;
+    struct tagTrace;
 
+    void WriteTrace(const tagTrace& trace) const noexcept;
+    void TraceLeave() const noexcept;
     void TraceLine(const wchar_t* outFile, const CFormat& format, std::span<const CArgument> arguments) const noexcept;
+    // Qualified name, UTF-8.
     [[nodiscard]] std::string_view FunctionText() const noexcept;
 
     DWORD m_LastError;
@@ -91,7 +94,7 @@ protected:
 };
 
 // An error raised as a record: thrown as an IDebugObject* whose reference goes to the catcher. Where no record can be
-// made, the text is thrown as a const wchar_t* that stays valid for the catcher.
+// made, the text is thrown as a const wchar_t*, which stays valid until its thread has raised 16 more, or ended.
 class ThrowError : public AsserterClass {
 public:
     ThrowError(BugSlayerClient& client, const char* file, UINT line, LONG group, const char* function,

@@ -71,42 +71,33 @@ public:
     HRESULT ReportDialog() override;
 
     // What every report asks first: starts the client if that was not done. Never throws.
-    [[nodiscard]] bool Ready() noexcept {
-        if (Inited.load(std::memory_order_acquire)) [[likely]]
-            return Active.load(std::memory_order_acquire) != 0;
-        return TryStart();
-    }
+    [[nodiscard]] bool Ready() noexcept { return Inited.load() ? Active.load() != 0 : TryStart(); }
     // As Ready, and the library wants trace records of this kind: 1 enter, 0 line, -1 leave.
-    [[nodiscard]] bool Wants(LONG ident) noexcept {
-        return Ready() && (m_Dropped.load(std::memory_order_relaxed) & BitOf(ident)) == 0;
-    }
+    [[nodiscard]] bool Wants(LONG ident) noexcept { return Ready() && IsWanted(ident); }
+    // The same without starting the client, for the end of what has asked at its beginning.
+    [[nodiscard]] bool StillWants(LONG ident) const noexcept { return Active.load() != 0 && IsWanted(ident); }
 
     // Does what an answer to "PROCESS" asks for: breaks for 1, and for E_ABORT shuts down and ends the process.
     void ApplyAction(HRESULT code, int exitCode = -1);
-    // Sends "DEINIT" if active and lets the library go. The next report starts the client again.
+    // Sends "DEINIT" if active and lets the library go for good: later reports are dropped.
     void Shutdown() noexcept;
-    // Shutdown for good: later reports are dropped.
-    void Close() noexcept;
-
-    // The path of the library's log; empty when there is none.
-    [[nodiscard]] std::wstring LogFilePath();
 
 private:
     static constexpr unsigned BitOf(LONG ident) noexcept { return 1u << (ident + 1); }
+    [[nodiscard]] bool IsWanted(LONG ident) const noexcept {
+        return (m_Dropped.load(std::memory_order_relaxed) & BitOf(ident)) == 0;
+    }
 
     [[nodiscard]] bool TryStart() noexcept;
     [[nodiscard]] bool IsTooSoon() const noexcept;
     HRESULT StartObject();
     HRESULT SendStart(IDebugObject& object);
     void LearnWanted(IDebugObject& object);
-    void GiveUp();
     HRESULT Send(BSTR verb);
 
-    std::atomic<bool> m_Closed{false};
     std::atomic<unsigned> m_Dropped{0}; // kinds of trace records that the library does not want, by BitOf
-    // While no library is found: the moment of the last look, and whether there was one.
-    std::atomic<std::int64_t> m_LastLook{0};
-    std::atomic<bool> m_NoLibrary{false};
+    // The moment, in milliseconds, before which a library that was not found is not looked for again.
+    std::atomic<double> m_NextLook{0};
 };
 
 // Built at the first call, and never destroyed: a report may come from anywhere in the process's end.

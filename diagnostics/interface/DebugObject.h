@@ -11,8 +11,8 @@
 namespace IDM_BugSlayerUtil {
 
 struct IDebugObject : IDispatch {
-    // With a record: "CREATE" (makes one; the caller owns the reference), "FILTER", "PROCESS", "INIT". Without, the
-    // pointer then being null: "DEINIT", "TERMINATE", "IS CLEAN", "DO CLEAN", "REPORTDIALOG".
+    // With a record: "CREATE" (makes one; the caller owns the reference), "FILTER", "PROCESS", "INIT". Without
+    // one, the pointer then leading to null: "DEINIT", "TERMINATE", "IS CLEAN", "DO CLEAN", "REPORTDIALOG".
     virtual HRESULT Command(IDebugObject** record, BSTR verb) = 0;
     // VT_EMPTY and S_FALSE for a field that was never written.
     virtual HRESULT GetValue(BSTR name, VARIANT* value) = 0;

@@ -32,18 +32,15 @@ private:
 class CText {
 public:
     CText(const wchar_t* text, std::source_location place = std::source_location::current()) noexcept
-        : m_View(text ? std::wstring_view(text) : std::wstring_view()), m_Literal(text), m_Place(place) {}
+        : m_View(text ? std::wstring_view(text) : std::wstring_view()), m_Place(place) {}
     CText(const std::wstring& text, std::source_location place = std::source_location::current()) noexcept
         : m_View(text), m_Place(place) {}
 
     [[nodiscard]] std::wstring_view View() const noexcept { return m_View; }
-    // The pointer as it was given; null for a string object, whose characters may be gone when an exception arrives.
-    [[nodiscard]] const wchar_t* Literal() const noexcept { return m_Literal; }
     [[nodiscard]] const std::source_location& Place() const noexcept { return m_Place; }
 
 private:
     std::wstring_view m_View;
-    const wchar_t* m_Literal = nullptr;
     std::source_location m_Place;
 };
 
