@@ -164,9 +164,15 @@ TEST_F(Info, TakesTheSessionThatTheTypeNames) {
 
 TEST_F(Info, WritesASessionWithoutDetailsAsZero) { EXPECT_EQ("0:", SessionsTextOf({})); }
 
-TEST_F(Info, WritesDetailsInTheOrderInWhichTheyWereStored) {
-    EXPECT_EQ("3:4320,4321,0,0,0;1440,1441,0,0,0;2880,2881,0,0,0;",
-              SessionsTextOf({"3,0,3,60,0,0,0", "1,0,1,60,0,0,0", "2,0,2,60,0,0,0"}));
+// Which is not always the order in which they were inserted: new rows take the places of deleted ones.
+TEST_F(Info, WritesDetailsInTheOrderInWhichATableScanGivesThem) {
+    const auto text = SessionsTextOf({"3,0,3,60,0,0,0", "1,0,1,60,0,0,0", "2,0,2,60,0,0,0"});
+    std::string expected = "3:";
+    for (const auto& day : m_Database.Read("SELECT * FROM SESSION_DETAILS").Column("START_DAY")) {
+        const auto minute = std::stoi(day) * 1440;
+        expected += std::to_string(minute) + "," + std::to_string(minute + 1) + ",0,0,0;";
+    }
+    EXPECT_EQ(expected, text);
 }
 
 TEST_F(Info, CutsSecondsOffTheMinutes) { EXPECT_EQ("1:1440,2879,0,0,0;", SessionsTextOf({"1,59,1,86399,0,0,0"})); }
