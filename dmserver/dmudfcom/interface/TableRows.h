@@ -6,11 +6,15 @@
 //
 // Ownership: texts handed in are copied; a text handed out stays good until the table changes.
 // Threads: as the table, one at a time.
-// Errors: an index outside the table is a caller's bug and is asserted; nothing here raises but std::bad_alloc.
+// Errors: an index outside the table, or a Put without AppendRow, is a caller's bug and is asserted. A value that
+// does not fit the column becomes 0 (Field.h has the rules). Raises std::bad_alloc, and std::length_error for a
+// column whose texts pass 4 GB.
 #pragma once
 
 #include "dmserver/dmudfcom/interface/Carriers.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -35,7 +39,8 @@ struct ITableRows : IUnknown {
     virtual EColumnType ColumnType(ULONG column) const = 0;
     virtual std::string_view ColumnName(ULONG column) const = 0;
     // Adds a column bound to the id that the field map has for the name; a name that the map lacks gets `fallback`
-    // as its type and an id of its own. Only while the table has no records. Returns the index.
+    // as its type and an id of its own. A column of that name that is there already is kept. Records get nulls.
+    // Returns the index.
     virtual ULONG AddColumn(std::string_view name, EColumnType fallback) = 0;
 
     // Appends one record whose cells are all null. The Put functions below write into it until the next one.
@@ -53,6 +58,18 @@ struct ITableRows : IUnknown {
     virtual std::string_view Text(ULONG row, ULONG column, std::string& scratch) const = 0;
     virtual std::int64_t Integer(ULONG row, ULONG column) const = 0;
     virtual double Real(ULONG row, ULONG column) const = 0;
+
+    // Into the row of AppendRow. In a text column a day is written as DD.MM.YYYY and seconds since midnight as
+    // HH:MM:SS, where PutInteger would write the bare number.
+    virtual void PutDay(ULONG column, std::int64_t day) = 0;
+    virtual void PutSeconds(ULONG column, std::int64_t seconds) = 0;
+    // Into a row that is there. What holds for the Put functions holds for these.
+    virtual void SetNull(ULONG row, ULONG column) = 0;
+    virtual void SetText(ULONG row, ULONG column, std::string_view text) = 0;
+    virtual void SetInteger(ULONG row, ULONG column, std::int64_t value) = 0;
+    virtual void SetReal(ULONG row, ULONG column, double value) = 0;
+    // Bytes on the heap for the records, the fields and the indexes.
+    virtual std::size_t MemoryUse() const = 0;
 
 protected:
     ~ITableRows() = default;

@@ -1,0 +1,190 @@
+#include "TextPool.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+#include <utility>
+
+namespace IDM_dmudfcom {
+
+namespace {
+
+constexpr std::size_t MaxLengthSize = 10;
+
+// Seven bits a byte, the lowest first.
+std::size_t WriteLength(char* target, std::size_t length) {
+    std::size_t size = 0;
+    for (; length >= 0x80; length >>= 7)
+        target[size++] = static_cast<char>(length | 0x80);
+    target[size++] = static_cast<char>(length);
+    return size;
+}
+
+std::uint64_t LoadUpTo8(const char* data, std::size_t size) {
+    std::uint64_t value = 0;
+    std::memcpy(&value, data, size);
+    return value;
+}
+
+// Short texts are the rule: eight bytes a step.
+std::size_t HashOf(std::string_view text) {
+    std::uint64_t hash = text.size() * 0x9E3779B97F4A7C15U;
+    const auto mix = [&hash](std::uint64_t value) {
+        hash = (hash ^ value) * 0xFF51AFD7ED558CCDU;
+        hash ^= hash >> 32;
+    };
+    std::size_t i = 0;
+    for (; i + 8 <= text.size(); i += 8) {
+        std::uint64_t value;
+        std::memcpy(&value, text.data() + i, 8);
+        mix(value);
+    }
+    if (i < text.size())
+        mix(LoadUpTo8(text.data() + i, text.size() - i));
+    return static_cast<std::size_t>(hash);
+}
+
+} // namespace
+
+std::string_view CTextPool::At(Handle handle) const {
+    if (handle == 0)
+        return {};
+    const char* data = m_Blocks[handle >> BlockShift].Data + (handle & (BlockSize - 1));
+    std::size_t length = static_cast<unsigned char>(*data++);
+    if (length >= 0x80) {
+        length &= 0x7F;
+        for (unsigned shift = 7;; shift += 7) {
+            const auto byte = static_cast<unsigned char>(*data++);
+            length |= std::size_t{byte & 0x7FU} << shift;
+            if (byte < 0x80)
+                break;
+        }
+    }
+    return {data, length};
+}
+
+CTextPool::Handle CTextPool::Add(std::string_view text) {
+    if (text.empty())
+        return 0;
+    if (m_Last != 0 && At(m_Last) == text)
+        return m_Last;
+    m_Last = m_IsInterning ? Intern(text) : Append(text);
+    return m_Last;
+}
+
+CTextPool::Handle CTextPool::Intern(std::string_view text) {
+    ++m_Added;
+    if (m_Slots.empty()) {
+        const auto found = std::ranges::find_if(m_Handles, [&](Handle handle) { return At(handle) == text; });
+        if (found != m_Handles.end())
+            return *found;
+        const Handle handle = Append(text);
+        m_Handles.push_back(handle);
+        if (++m_Distinct == DictionaryFrom) {
+            Rehash(2 * DictionaryFrom);
+            std::ranges::for_each(m_Handles, [this](Handle each) { Insert(each); });
+            m_Handles = {};
+        }
+        return handle;
+    }
+    const std::size_t slot = SlotOf(text);
+    if (m_Slots[slot] != 0)
+        return m_Slots[slot];
+    const Handle handle = Append(text);
+    m_Slots[slot] = handle;
+    ++m_Distinct;
+    if (m_Added >= JudgedFrom && m_Distinct > m_Added / 2) {
+        m_IsInterning = false;
+        m_Slots = {};
+    } else if (m_Distinct * 4 > m_Slots.size() * 3) {
+        Rehash(m_Slots.size() * 2);
+    }
+    return handle;
+}
+
+std::size_t CTextPool::SlotOf(std::string_view text) const {
+    const std::size_t mask = m_Slots.size() - 1;
+    std::size_t slot = HashOf(text) & mask;
+    while (m_Slots[slot] != 0 && At(m_Slots[slot]) != text)
+        slot = (slot + 1) & mask;
+    return slot;
+}
+
+void CTextPool::Insert(Handle handle) { m_Slots[SlotOf(At(handle))] = handle; }
+
+void CTextPool::Rehash(std::size_t slots) {
+    const std::vector<Handle> old = std::exchange(m_Slots, std::vector<Handle>(slots));
+    for (const Handle handle : old)
+        if (handle != 0)
+            Insert(handle);
+}
+
+CTextPool::Handle CTextPool::Append(std::string_view text) {
+    char length[MaxLengthSize];
+    const std::size_t lengthSize = WriteLength(length, text.size());
+    std::unique_ptr<char[]> retired; // `text` may lie in it
+    char* target = Room(lengthSize + text.size(), retired);
+    std::memcpy(target, length, lengthSize);
+    std::memcpy(target + lengthSize, text.data(), text.size());
+    const auto handle = static_cast<Handle>(m_End);
+    m_End += lengthSize + text.size();
+    return handle;
+}
+
+// Moves m_End to where `size` bytes fit in one piece. What is left of a block is given up.
+char* CTextPool::Room(std::size_t size, std::unique_ptr<char[]>& retired) {
+    const std::size_t inBlock = m_End & (BlockSize - 1);
+    const std::size_t block = m_End >> BlockShift;
+    if (block == 0 && std::max<std::size_t>(inBlock, 1) + size <= BlockSize) {
+        retired = GrowFirstBlock(std::max<std::size_t>(inBlock, 1) + size);
+        m_End = std::max<std::size_t>(inBlock, 1); // handle 0 is the empty text's
+        return m_Blocks[0].Data + m_End;
+    }
+    if (block < m_Blocks.size() && inBlock != 0 && inBlock + size <= BlockSize)
+        return m_Blocks[block].Data + inBlock;
+    if (m_Blocks.empty())
+        m_Blocks.emplace_back();
+    const std::size_t blocks = (size + BlockSize - 1) >> BlockShift;
+    const std::size_t begin = m_Blocks.size() << BlockShift;
+    if (begin + (blocks << BlockShift) > std::numeric_limits<Handle>::max())
+        throw std::length_error("a text column is full: its texts have 4 GB together");
+    const std::size_t bytes = blocks << BlockShift;
+    auto owner = std::make_unique_for_overwrite<char[]>(bytes);
+    char* data = owner.get();
+    for (std::size_t i = 0; i < blocks; ++i)
+        m_Blocks.push_back({data + (i << BlockShift), nullptr, 0});
+    m_Blocks[begin >> BlockShift].Owner = std::move(owner);
+    m_Blocks[begin >> BlockShift].Size = bytes;
+    m_End = begin;
+    return data;
+}
+
+std::unique_ptr<char[]> CTextPool::GrowFirstBlock(std::size_t needed) {
+    if (m_Blocks.empty())
+        m_Blocks.emplace_back();
+    tagBlock& first = m_Blocks.front();
+    if (needed <= first.Size)
+        return nullptr;
+    const std::size_t size = std::min(BlockSize, std::bit_ceil(std::max<std::size_t>(needed, 32)));
+    auto grown = std::make_unique_for_overwrite<char[]>(size);
+    if (first.Size != 0)
+        std::memcpy(grown.get(), first.Data, first.Size);
+    first.Data = grown.get();
+    first.Size = size;
+    std::swap(first.Owner, grown);
+    return grown;
+}
+
+void CTextPool::Clear() { *this = CTextPool(); }
+
+std::size_t CTextPool::MemoryUse() const {
+    std::size_t size = m_Blocks.capacity() * sizeof(tagBlock) + m_Handles.capacity() * sizeof(Handle) +
+                       m_Slots.capacity() * sizeof(Handle);
+    for (const tagBlock& block : m_Blocks)
+        size += block.Size;
+    return size;
+}
+
+} // namespace IDM_dmudfcom

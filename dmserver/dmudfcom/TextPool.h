@@ -1,0 +1,62 @@
+// The texts of one column, each reached by a 32-bit handle.
+//
+// Texts lie one after another in blocks, each behind its length. A text that the pool has already is not stored
+// again: always when it repeats the one before it, and through a dictionary for as long as that pays. A column of
+// mostly distinct texts loses its dictionary, and handles given out stay good.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace IDM_dmudfcom {
+
+class CTextPool {
+public:
+    using Handle = std::uint32_t;
+
+    // The handle of the empty text is 0 and costs nothing. Throws std::length_error when the pool holds 4 GB.
+    Handle Add(std::string_view text);
+    // Good until the next Add.
+    std::string_view At(Handle handle) const;
+
+    void Clear();
+    // Bytes of texts with their lengths, and bytes taken from the heap.
+    std::size_t Bytes() const { return m_End; }
+    std::size_t MemoryUse() const;
+    bool HasDictionary() const { return !m_Slots.empty(); }
+
+private:
+    static constexpr unsigned BlockShift = 14;
+    static constexpr std::size_t BlockSize = std::size_t{1} << BlockShift;
+    static constexpr std::uint32_t DictionaryFrom = 16; // texts
+    static constexpr std::uint32_t JudgedFrom = 256;    // texts
+
+    Handle Append(std::string_view text);
+    char* Room(std::size_t size, std::unique_ptr<char[]>& retired);
+    std::unique_ptr<char[]> GrowFirstBlock(std::size_t needed);
+    Handle Intern(std::string_view text);
+    void Insert(Handle handle);
+    void Rehash(std::size_t slots);
+    // Where the text is, or where it would go.
+    std::size_t SlotOf(std::string_view text) const;
+
+    struct tagBlock {
+        char* Data = nullptr;          // a text longer than a block runs through several
+        std::unique_ptr<char[]> Owner; // null where the block before owns this one's bytes
+        std::size_t Size = 0;
+    };
+    std::vector<tagBlock> m_Blocks;
+    std::size_t m_End = 0; // where the next text goes
+    Handle m_Last = 0;
+
+    std::vector<Handle> m_Handles; // the few texts from before there is a dictionary
+    std::vector<Handle> m_Slots;   // open addressing; 0 is a free slot
+    std::uint32_t m_Distinct = 0;
+    std::uint32_t m_Added = 0;
+    bool m_IsInterning = true;
+};
+
+} // namespace IDM_dmudfcom

@@ -1,0 +1,98 @@
+// The part of CdmTable that moves rows in bulk.
+
+#include "CellText.h"
+#include "FieldMap.h"
+#include "dmTable.h"
+
+namespace IDM_dmudfcom {
+
+LONG CdmTable::FindColumn(std::string_view name) const {
+    const ULONG field = m_Store->FindField(name);
+    return field == NoField ? -1 : static_cast<LONG>(field);
+}
+
+EColumnType CdmTable::ColumnType(ULONG column) const { return m_Store->Field(column).Type; }
+std::string_view CdmTable::ColumnName(ULONG column) const { return m_Store->Field(column).Name; }
+
+ULONG CdmTable::AddColumn(std::string_view name, EColumnType fallback) {
+    if (const ULONG existing = m_Store->FindField(name); existing != NoField)
+        return existing;
+    const tagFieldInfo* info = FindField(name);
+    tagField field;
+    field.Id = info ? info->Id : FreeId(name);
+    field.Name = info ? info->Name : name;
+    field.Type = info ? info->Type : fallback;
+    field.Size = info ? info->Size : 0;
+    const ULONG added = m_Store->AddField(std::move(field));
+    BindObjects();
+    return added;
+}
+
+void CdmTable::AppendRow() { m_BulkRow = m_Store->AppendRecord(); }
+
+void CdmTable::PutText(ULONG column, std::string_view text) { BulkColumn(column).SetText(m_BulkRow, text); }
+void CdmTable::PutInteger(ULONG column, std::int64_t value) { BulkColumn(column).SetInteger(m_BulkRow, value); }
+void CdmTable::PutReal(ULONG column, double value) { BulkColumn(column).SetReal(m_BulkRow, value); }
+
+void CdmTable::PutDay(ULONG column, std::int64_t day) {
+    std::string scratch;
+    if (ColumnType(column) == EColumnType::Text)
+        PutText(column, WriteDate(day, scratch));
+    else
+        PutInteger(column, day);
+}
+
+void CdmTable::PutSeconds(ULONG column, std::int64_t seconds) {
+    std::string scratch;
+    if (ColumnType(column) == EColumnType::Text)
+        PutText(column, WriteTime(seconds, scratch));
+    else
+        PutInteger(column, seconds);
+}
+
+bool CdmTable::IsNull(ULONG row, ULONG column) const {
+    return m_Store->Column(column).IsNull(m_Store->RecordRow(row));
+}
+
+std::string_view CdmTable::Text(ULONG row, ULONG column, std::string& scratch) const {
+    return m_Store->Column(column).Text(m_Store->RecordRow(row), scratch);
+}
+
+std::int64_t CdmTable::Integer(ULONG row, ULONG column) const {
+    std::int64_t value;
+    m_Store->Column(column).Integer(m_Store->RecordRow(row), value);
+    return value;
+}
+
+double CdmTable::Real(ULONG row, ULONG column) const {
+    double value;
+    m_Store->Column(column).Real(m_Store->RecordRow(row), value);
+    return value;
+}
+
+void CdmTable::SetNull(ULONG row, ULONG column) {
+    const Row place = m_Store->RecordRow(row);
+    m_Store->Edit(column, place).SetNull(place);
+}
+
+void CdmTable::SetText(ULONG row, ULONG column, std::string_view text) {
+    const Row place = m_Store->RecordRow(row);
+    m_Store->Edit(column, place).SetText(place, text);
+}
+
+void CdmTable::SetInteger(ULONG row, ULONG column, std::int64_t value) {
+    const Row place = m_Store->RecordRow(row);
+    m_Store->Edit(column, place).SetInteger(place, value);
+}
+
+void CdmTable::SetReal(ULONG row, ULONG column, double value) {
+    const Row place = m_Store->RecordRow(row);
+    m_Store->Edit(column, place).SetReal(place, value);
+}
+
+std::size_t CdmTable::MemoryUse() const {
+    return sizeof(*this) + m_Store->MemoryUse() + m_Fields.capacity() * sizeof(m_Fields[0]) +
+           m_Fields.size() * sizeof(CdmField) + m_FieldObjects.capacity() * sizeof(CdmField*);
+}
+
+} // namespace IDM_dmudfcom
