@@ -124,7 +124,8 @@ HRESULT CoGetClassObject(REFCLSID clsid, DWORD context, void*, REFIID iid, void*
         return REGDB_E_CLASSNOTREG;
     return platform::Guard([&] {
         const auto entry = platform::FindLoadedClass(clsid);
-        return entry ? platform::MakeFactory(*entry, iid, object) : platform::GetRegisteredClass(clsid, iid, object);
+        return entry ? platform::MakeFactory(*entry, iid, object)
+                     : platform::GetRegisteredClass(clsid, iid, object);
     });
 }
 

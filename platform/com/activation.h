@@ -1,13 +1,13 @@
 // Creating an object by its class identifier.
 //
 // Classes that the loaded modules themselves offer are found first, so a component works in a fresh checkout with
-// nothing registered. Then the registry's classes root is asked: CLSID\{...}\InprocServer32 names a module, which is
-// loaded and asked through its export DllGetClassObject. A ProgID stands in the same root with a key CLSID.
+// nothing registered. Then the registry's classes root is asked: CLSID\{...}\InprocServer32 names a module, which
+// is loaded and asked through its export DllGetClassObject. A ProgID stands in the same root with a key CLSID.
 //
-// Every function may be called from any thread, and raises nothing. A null out pointer gives E_POINTER; otherwise it
-// is set to null first. REGDB_E_CLASSNOTREG: nobody offers the class, or the context asks for no in-process server;
-// REGDB_E_READREGDB: the registry's file is malformed or unreadable; CO_E_DLLNOTFOUND: the registered module cannot be
-// loaded; CO_E_ERRORINDLL: it has no DllGetClassObject. Anything else is the class's own answer.
+// Every function may be called from any thread, and raises nothing. A null out pointer gives E_POINTER; otherwise
+// it is set to null first. REGDB_E_CLASSNOTREG: nobody offers the class, or the context asks for no in-process
+// server; REGDB_E_READREGDB: the registry's file is malformed or unreadable; CO_E_DLLNOTFOUND: the registered
+// module cannot be loaded; CO_E_ERRORINDLL: it has no DllGetClassObject. Anything else is the class's own answer.
 #pragma once
 
 #include "platform/com/com_error.h"

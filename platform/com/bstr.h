@@ -1,7 +1,8 @@
 // Counted wide strings that cross interfaces.
 //
 // A BSTR points at its first character; the four bytes before it hold the length in BYTES, without the closing
-// zero. Null and empty are different values. A BSTR handed in belongs to the caller, one handed out to the receiver.
+// zero. Null and empty are different values. A BSTR handed in belongs to the caller, one handed out to the
+// receiver.
 #pragma once
 
 #include "platform/com/types.h"

@@ -23,11 +23,10 @@ public:
     CComPtr(CComPtr&& other) noexcept : m_Object(std::exchange(other.m_Object, nullptr)) {}
     // To an interface that the other one, or the class, derives from.
     template <class Other>
-        requires std::convertible_to<Other*, Interface*>
-    CComPtr(const CComPtr<Other>& other) : CComPtr(other.Get()) {}
+    requires std::convertible_to<Other*, Interface*> CComPtr(const CComPtr<Other>& other) : CComPtr(other.Get()) {}
     template <class Other>
-        requires std::convertible_to<Other*, Interface*>
-    CComPtr(CComPtr<Other>&& other) noexcept : m_Object(other.Detach()) {}
+    requires std::convertible_to<Other*, Interface*> CComPtr(CComPtr<Other>&& other)
+    noexcept : m_Object(other.Detach()) {}
     CComPtr& operator=(CComPtr other) noexcept {
         std::swap(m_Object, other.m_Object);
         return *this;

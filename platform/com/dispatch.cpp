@@ -177,7 +177,8 @@ HRESULT CallByName(IDispatch* object, const wchar_t* name, WORD kind, std::span<
     std::vector<VARIANT> reversed(arguments.rbegin(), arguments.rend());
     DISPID put = DISPID_PROPERTYPUT;
     const bool isPut = kind & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF);
-    DISPPARAMS parameters{reversed.data(), isPut ? &put : nullptr, static_cast<UINT>(reversed.size()), isPut ? 1U : 0U};
+    DISPPARAMS parameters{reversed.data(), isPut ? &put : nullptr, static_cast<UINT>(reversed.size()),
+                          isPut ? 1U : 0U};
     return object->Invoke(id, NullGuid, 0, kind, &parameters, result, nullptr, nullptr);
 }
 

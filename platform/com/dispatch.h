@@ -17,7 +17,8 @@
 //     LONG ULONG SHORT double BSTR VARIANT   in, converted from any VARIANT that can be
 //     I* with I an interface                 in; VT_DISPATCH or VT_UNKNOWN of an object that has I, or nothing
 //     LONG* ... double*, VARIANT*            out or in/out; the argument must be by reference
-//     BSTR*, I**, SAFEARRAY**                out; by reference, too. What the caller's place held is freed or released
+//     BSTR*, I**, SAFEARRAY**                out; by reference, too. What the caller's place held is freed or
+//     released
 //                                            once the method has succeeded, and stays when it failed.
 // By reference means the exact type, or a VARIANT. A null reference reaches the method, which answers for itself.
 // The last parameter, when it is an out parameter, may also be left away; its value then goes to Invoke's result.
@@ -184,7 +185,9 @@ VARIANT* FollowReference(VARIANT* value);
 HRESULT ObjectOf(VARIANT* value, REFIID iid, void** object);
 
 template <class T>
-concept Value = requires { ValueTraits<T>::Type; };
+concept Value = requires {
+    ValueTraits<T>::Type;
+};
 template <class T>
 concept Number = Value<T> && !std::is_same_v<T, BSTR>;
 
@@ -508,8 +511,8 @@ consteval tagMethod PropertyPut(DISPID id, const wchar_t* name, Names... names) 
 }
 
 // The two halves of IDispatch, for any table. Names compare without case. `ids[1..]` are parameter indices.
-// `result` is a plain out parameter: what it holds before the call is not looked at, and it is empty after a failure.
-// `badArgument` is the index in rgvarg of an argument that was refused; it is set only when one was.
+// `result` is a plain out parameter: what it holds before the call is not looked at, and it is empty after a
+// failure. `badArgument` is the index in rgvarg of an argument that was refused; it is set only when one was.
 HRESULT FindNames(std::span<const tagMethod> table, REFIID iid, LPOLESTR* names, UINT count, DISPID* ids);
 HRESULT InvokeMethod(std::span<const tagMethod> table, IDispatch* object, DISPID id, REFIID iid, WORD flags,
                      DISPPARAMS* parameters, VARIANT* result, UINT* badArgument);

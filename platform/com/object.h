@@ -98,7 +98,7 @@ private:
         using Type = T;
     };
     template <class T>
-        requires requires { typename T::Implemented; }
+    requires requires { typename T::Implemented; }
     struct Implemented<T> {
         using Type = typename T::Implemented;
     };

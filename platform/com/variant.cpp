@@ -260,7 +260,8 @@ HRESULT ToNumber(const VARIANT& source, VARIANT& target) {
 
 // `word` is in small letters.
 bool SameWord(std::wstring_view text, std::wstring_view word) {
-    return std::ranges::equal(text, word, {}, [](wchar_t c) { return c >= L'A' && c <= L'Z' ? c + (L'a' - L'A') : c; });
+    return std::ranges::equal(text, word, {},
+                              [](wchar_t c) { return c >= L'A' && c <= L'Z' ? c + (L'a' - L'A') : c; });
 }
 
 HRESULT ToBool(const VARIANT& source, VARIANT& target) {
