@@ -47,14 +47,16 @@ namespace details {
 
 inline constexpr std::size_t MonthCount = 12;
 inline constexpr std::size_t YearCount = LastYear - FirstYear + 1;
-inline constexpr std::array<LONG, MonthCount> MonthLengths{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+// A year that divides by 25 and by 4 divides by 100, and then needs 16 to divide by 400. Without a branch, since no
+// order of years lets one be foretold.
+constexpr bool IsLeapYear(LONG year) { return (year & (year % 25 == 0 ? 15 : 3)) == 0; }
 
-constexpr bool IsLeapYear(LONG year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
+using MonthTable = std::array<LONG, MonthCount>;
 
-constexpr std::array<LONG, MonthCount> MakeDaysBeforeMonth(bool leap) {
-    std::array<LONG, MonthCount> table{};
+constexpr MonthTable MakeDaysBeforeMonth(const MonthTable& lengths) {
+    MonthTable table{};
     for (std::size_t month = 1; month < MonthCount; ++month)
-        table[month] = table[month - 1] + MonthLengths[month - 1] + (leap && month == 2 ? 1 : 0);
+        table[month] = table[month - 1] + lengths[month - 1];
     return table;
 }
 constexpr std::array<JulianDate, YearCount> MakeYearStarts() {
@@ -66,7 +68,10 @@ constexpr std::array<JulianDate, YearCount> MakeYearStarts() {
 }
 
 // The first row is for common years, the second for leap years.
-inline constexpr std::array DaysBeforeMonth{MakeDaysBeforeMonth(false), MakeDaysBeforeMonth(true)};
+inline constexpr std::array MonthLengths{MonthTable{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31},
+                                         MonthTable{31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31}};
+inline constexpr std::array DaysBeforeMonth{MakeDaysBeforeMonth(MonthLengths[0]),
+                                            MakeDaysBeforeMonth(MonthLengths[1])};
 // The day number of each year's 1 January.
 inline constexpr auto YearStarts = MakeYearStarts();
 static_assert(YearStarts.front() == 2 && YearStarts[1] == 367 && YearStarts.back() == 65016);
@@ -98,8 +103,7 @@ constexpr bool IsDateTime(JulianDate days, DaySeconds time) {
 // Months 1 to 12 of any year.
 [[nodiscard]] constexpr LONG GetDaysInMonth(LONG aYear, LONG aMonth) {
     details::CheckRange("dmDateTime::GetDaysInMonth", "aMonth", 1, 12, aMonth);
-    const bool leapDay = aMonth == 2 && details::IsLeapYear(aYear);
-    return details::MonthLengths[static_cast<std::size_t>(aMonth - 1)] + (leapDay ? 1 : 0);
+    return details::MonthLengths[details::IsLeapYear(aYear) ? 1 : 0][static_cast<std::size_t>(aMonth - 1)];
 }
 
 namespace details {
@@ -112,7 +116,7 @@ constexpr bool DateToJulianImpl(const TDate& aDate, JulianDate& aDays) {
     CheckRange(Function, "aDate.Day", 1, GetDaysInMonth(aDate.Year, aDate.Month), aDate.Day);
     const bool leap = IsLeapYear(aDate.Year);
     // The month's length has refused this date already; the words for it are kept with the rule.
-    if (!leap && aDate.Month == 2 && aDate.Day == 29)
+    if (!leap && aDate.Month == 2 && aDate.Day == 29) [[unlikely]]
         RaiseNotLeapYear(aDate.Year);
     const auto year = static_cast<std::size_t>(aDate.Year - FirstYear); // 0 to 178
     const auto month = static_cast<std::size_t>(aDate.Month - 1);       // 0 to 11
@@ -135,7 +139,7 @@ constexpr bool JulianToDateImpl(JulianDate aDays, TDate& aDate) {
     const std::uint32_t i = 4000 * (l + 1) / 1461001;            // 0 to 399; the product is below 584388001
     l = l - 1461 * i / 4 + 31;                                   // 31 to 396
     const std::uint32_t m = 80 * l / 2447;                       // 1 to 12
-    const std::uint32_t k = m / 11;                              // 0 or 1
+    const std::uint32_t k = m >= 11 ? 1 : 0;                     // m / 11
     aDate.Day = static_cast<SHORT>(l - 2447 * m / 80);           // 1 to 31
     aDate.Month = static_cast<SHORT>(m + 2 - 12 * k);            // 1 to 12
     aDate.Year = static_cast<SHORT>(100 * (n - 49) + i + k);     // 1899 to 2078
