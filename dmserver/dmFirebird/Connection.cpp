@@ -117,16 +117,37 @@ std::shared_ptr<CTransaction> CConnection::StartTransaction() {
 }
 
 void CConnection::Close() {
+    if (EndWork())
+        Detach();
+}
+
+void CConnection::Drop() {
+    if (!EndWork())
+        throw CDatabaseError(E_UNEXPECTED, L"The database is closed: open it first.");
+    try {
+        CStatus status;
+        GiveUp(m_Attachment, [&](Firebird::IAttachment* attachment) { attachment->dropDatabase(&status); });
+    } catch (const CDatabaseError&) {
+        Detach();
+        throw;
+    }
+}
+
+void CConnection::Detach() {
+    CStatus status;
+    GiveUp(m_Attachment, [&](Firebird::IAttachment* attachment) { attachment->detach(&status); });
+}
+
+bool CConnection::EndWork() {
     {
         const std::lock_guard lock(m_Mutex);
         if (m_IsClosed)
-            return;
+            return false;
         m_IsClosed = true;
     }
     EndTransactions();
     m_Statements.Drop();
-    CStatus status;
-    GiveUp(m_Attachment, [&](Firebird::IAttachment* attachment) { attachment->detach(&status); });
+    return true;
 }
 
 // A transaction that is just being destroyed can no longer be reached, but leaves the set when it is done.

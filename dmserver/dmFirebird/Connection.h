@@ -33,6 +33,8 @@ public:
     std::shared_ptr<CTransaction> StartTransaction();
     // Ends all transactions, undoing what they have not finished, and waits for those that are busy.
     void Close();
+    // The same, and removes the database. After a failure the connection is closed.
+    void Drop();
 
     // Engine and client, for a report.
     std::wstring Version() const;
@@ -45,6 +47,9 @@ public:
 
 private:
     void TellLocalZone();
+    void Detach();
+    // False when the connection was closed before.
+    bool EndWork();
     void EndTransactions();
 
     CFbPtr<Firebird::IAttachment> m_Attachment;

@@ -32,14 +32,21 @@ HRESULT CdmDatabase::ConnectBy(Connect connect, BSTR path, BSTR userName, BSTR p
 
 HRESULT CdmDatabase::Close() {
     return Guard(m_Errors, [this] {
-        std::shared_ptr<CConnection> connection;
-        {
-            const std::lock_guard lock(m_Mutex);
-            connection = std::exchange(m_Connection, nullptr);
-        }
-        if (connection)
+        if (const auto connection = TakeConnection())
             connection->Close();
     });
+}
+
+HRESULT CdmDatabase::Drop() {
+    return Guard(m_Errors, [this] {
+        Connection()->Drop();
+        TakeConnection();
+    });
+}
+
+std::shared_ptr<CConnection> CdmDatabase::TakeConnection() {
+    const std::lock_guard lock(m_Mutex);
+    return std::exchange(m_Connection, nullptr);
 }
 
 std::shared_ptr<CConnection> CdmDatabase::Connection() {

@@ -21,6 +21,7 @@ public:
     HRESULT get_LastError(BSTR* Value) override;
     HRESULT Create(BSTR Path, BSTR UserName, BSTR Password) override;
     HRESULT get_Version(BSTR* Value) override;
+    HRESULT Drop() override;
 
     const CLastErrors& Errors() const { return m_Errors; }
 
@@ -30,6 +31,8 @@ private:
 
     HRESULT ConnectBy(Connect connect, BSTR path, BSTR userName, BSTR password);
     std::shared_ptr<CConnection> Connection();
+    // Leaves the database without a connection; null when it had none.
+    std::shared_ptr<CConnection> TakeConnection();
 
     CLastErrors m_Errors;
     std::mutex m_Mutex; // guards the connection

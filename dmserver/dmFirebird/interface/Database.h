@@ -65,6 +65,8 @@ struct IdmDatabase : IDispatch {
     virtual HRESULT Create(BSTR Path, BSTR UserName, BSTR Password) = 0;
     // Name and version of engine and client, for a health report.
     virtual HRESULT get_Version(BSTR* Value) = 0;
+    // Ends as Close does and removes the database. Refused while another connection has it open.
+    virtual HRESULT Drop() = 0;
 
 protected:
     ~IdmDatabase() = default;
@@ -100,6 +102,7 @@ struct DispatchTable<IDM_dmFirebird::IdmDatabase> {
         PropertyGet<&IdmDatabase::get_LastError>(4, L"LastError", L"Value"),
         Method<&IdmDatabase::Create>(5, L"Create", L"Path", L"UserName", L"Password"),
         PropertyGet<&IdmDatabase::get_Version>(6, L"Version", L"Value"),
+        Method<&IdmDatabase::Drop>(7, L"Drop"),
     };
 };
 

@@ -22,7 +22,6 @@
 #include <memory>
 #include <mutex>
 #include <set>
-#include <source_location>
 #include <string>
 #include <string_view>
 
@@ -40,7 +39,7 @@ namespace detail {
 // The qualified name of T, for reports.
 template <class T>
 std::wstring ClassName() {
-    constexpr std::string_view signature = std::source_location::current().function_name();
+    constexpr std::string_view signature = __PRETTY_FUNCTION__; // std::source_location leaves the argument out
     constexpr std::string_view mark = "T = ";
     constexpr auto begin = signature.find(mark) + mark.size();
     constexpr auto name = signature.substr(begin, signature.find_first_of(";]", begin) - begin);
