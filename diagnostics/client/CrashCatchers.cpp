@@ -81,7 +81,8 @@ platform::InvalidParameterHandler SetInvalidParameter(platform::InvalidParameter
     return platform::SetInvalidParameterHandler(handler);
 }
 
-using CInvalidParameter = CProcessCatcher<platform::InvalidParameterHandler, SetInvalidParameter, OnInvalidParameter>;
+using CInvalidParameter =
+    CProcessCatcher<platform::InvalidParameterHandler, SetInvalidParameter, OnInvalidParameter>;
 using CUnhandledException =
     CProcessCatcher<platform::ExceptionFilter, platform::SetUnhandledExceptionFilter, OnUnhandledException>;
 

@@ -8,6 +8,7 @@
 #include "platform/crash.h"
 #include "platform/thread.h"
 
+#include <algorithm>
 #include <string>
 
 namespace BugSlayerUtil {
@@ -250,7 +251,9 @@ HRESULT ShowError::operator()(std::wstring_view text, IDebugObject* inner) noexc
     });
 }
 
-void ShowError::Report(const CText& text, IDebugObject* inner) { m_Client.ApplyAction((*this)(text.View(), inner)); }
+void ShowError::Report(const CText& text, IDebugObject* inner) {
+    m_Client.ApplyAction((*this)(text.View(), inner));
+}
 
 namespace detail {
 
@@ -260,7 +263,10 @@ std::wstring StandardExceptionText(std::wstring_view text, const char* what) {
 }
 
 void NoteCaught(const char* signature, std::wstring_view text) noexcept {
-    NoteFailure(FunctionName(ViewOf(signature)), text.empty() ? L"an exception of unknown type" : text, std::nullopt);
+    // The guard's own text, which comes first in it, is empty nearly everywhere.
+    text.remove_prefix(std::min(text.find_first_not_of(L' '), text.size()));
+    NoteFailure(FunctionName(ViewOf(signature)), text.empty() ? L"an exception of unknown type" : text,
+                std::nullopt);
 }
 
 } // namespace detail

@@ -60,8 +60,8 @@ void CLog::Open(const tagLogSettings& settings, const std::wstring& directory, s
     if (error != 0 && error != platform::DirectoryExists)
         throw std::runtime_error(ToUtf8Always(platform::SystemErrorText(static_cast<DWORD>(error))));
     tagPlace place = TakeFile(directory, name);
-    auto sink = std::make_shared<spdlog::sinks::rotating_file_sink_mt>(ToUtf8Always(place.Path), settings.MaxFileSize,
-                                                                       settings.MaxFiles);
+    auto sink = std::make_shared<spdlog::sinks::rotating_file_sink_mt>(ToUtf8Always(place.Path),
+                                                                       settings.MaxFileSize, settings.MaxFiles);
     auto logger = std::make_shared<spdlog::logger>("BugSlayer", std::move(sink));
     logger->set_level(settings.Level);
     logger->set_pattern("%Y-%m-%d %H:%M:%S.%e [%t] [%l] %v");

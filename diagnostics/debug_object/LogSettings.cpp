@@ -18,9 +18,9 @@ namespace {
 constexpr const wchar_t* SettingsKey = L"Software\\DM Support\\BugSlayer";
 
 constexpr std::array Levels{
-    std::pair{L"trace", spdlog::level::trace},  std::pair{L"debug", spdlog::level::debug},
-    std::pair{L"info", spdlog::level::info},    std::pair{L"warning", spdlog::level::warn},
-    std::pair{L"error", spdlog::level::err},    std::pair{L"off", spdlog::level::off},
+    std::pair{L"trace", spdlog::level::trace}, std::pair{L"debug", spdlog::level::debug},
+    std::pair{L"info", spdlog::level::info},   std::pair{L"warning", spdlog::level::warn},
+    std::pair{L"error", spdlog::level::err},   std::pair{L"off", spdlog::level::off},
 };
 
 std::wstring Complaint(std::wstring_view name, std::wstring_view value, std::wstring_view remedy) {
@@ -48,7 +48,8 @@ void ReadDirectory(const platform::CRegistryKey& key, tagLogSettings& settings) 
     if (platform::ToPath(*text).is_absolute())
         settings.Directories.push_back(*text);
     else
-        settings.Complaints.push_back(Complaint(L"LogDirectory", *text, L"use a full path. The usual place is taken"));
+        settings.Complaints.push_back(
+            Complaint(L"LogDirectory", *text, L"use a full path. The usual place is taken"));
 }
 
 void ReadSize(const platform::CRegistryKey& key, const wchar_t* name, std::size_t smallest, std::size_t largest,

@@ -48,9 +48,9 @@ private:
     [[nodiscard]] std::shared_ptr<CLog> Log() const;
 
     mutable std::mutex m_Lock;
-    std::shared_ptr<CLog> m_Log;  // guarded by m_Lock; null before "INIT" and after "DEINIT"
-    HRESULT m_InitStatus = S_OK;  // guarded by m_Lock
-    std::wstring m_InitReason;    // guarded by m_Lock
+    std::shared_ptr<CLog> m_Log; // guarded by m_Lock; null before "INIT" and after "DEINIT"
+    HRESULT m_InitStatus = S_OK; // guarded by m_Lock
+    std::wstring m_InitReason;   // guarded by m_Lock
     std::atomic<bool> m_HasFailures{false};
 };
 

@@ -58,7 +58,8 @@ protected:
 
     void WriteTrace(const tagTrace& trace) const noexcept;
     void TraceLeave() const noexcept;
-    void TraceLine(const wchar_t* outFile, const CFormat& format, std::span<const CArgument> arguments) const noexcept;
+    void TraceLine(const wchar_t* outFile, const CFormat& format,
+                   std::span<const CArgument> arguments) const noexcept;
     // Qualified name, UTF-8.
     [[nodiscard]] std::string_view FunctionText() const noexcept;
 
@@ -93,8 +94,8 @@ protected:
     DWORD m_AsserterError;
 };
 
-// An error raised as a record: thrown as an IDebugObject* whose reference goes to the catcher. Where no record can be
-// made, the text is thrown as a const wchar_t*, which stays valid until its thread has raised 16 more, or ended.
+// An error raised as a record: thrown as an IDebugObject* whose reference goes to the catcher. Where no record can
+// be made, the text is thrown as a const wchar_t*, which stays valid until its thread has raised 16 more, or ended.
 class ThrowError : public AsserterClass {
 public:
     ThrowError(BugSlayerClient& client, const char* file, UINT line, LONG group, const char* function,

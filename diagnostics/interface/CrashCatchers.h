@@ -5,8 +5,9 @@
 //   unhandled exception    of the process; always ends it, with exit code -1
 //   structured exception   hardware faults, of each thread that installed it
 //
-// Installs are counted: the first puts the catcher in place, the removal that takes the count to 0 puts back what was
-// there. Any thread may call; Install and Remove of the structured-exception catcher concern the calling thread.
+// Installs are counted: the first puts the catcher in place, the removal that takes the count to 0 puts back what
+// was there. Any thread may call; Install and Remove of the structured-exception catcher concern the calling
+// thread.
 
 #include "platform/crash.h"
 

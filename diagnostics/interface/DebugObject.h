@@ -1,10 +1,11 @@
 #pragma once
-// The interface of the debug library "BugSlayerUtil3.0_x64.dll", which the diagnostics client loads when it is there.
+// The interface of the debug library "BugSlayerUtil3.0_x64.dll", which the diagnostics client loads when it is
+// there.
 //
-// One interface serves the library's root object, which the export BS_InitObject hands out, and the records that the
-// root creates: named VARIANT fields in the order in which they were written. The library must accept calls from any
-// thread; a record is used by one thread at a time. Answers are status codes, of "PROCESS" an action code: 1 asks for
-// a debug break, E_ABORT to end the process, anything else to go on.
+// One interface serves the library's root object, which the export BS_InitObject hands out, and the records that
+// the root creates: named VARIANT fields in the order in which they were written. The library must accept calls
+// from any thread; a record is used by one thread at a time. Answers are status codes, of "PROCESS" an action code:
+// 1 asks for a debug break, E_ABORT to end the process, anything else to go on.
 
 #include "platform/com/dispatch.h"
 
@@ -25,8 +26,8 @@ protected:
 
 // Offered by a root object that can tell beforehand which trace records it drops, so that nobody builds them.
 struct IDebugLevel : IUnknown {
-    // `ident` is 1 for an enter, 0 for a line, -1 for a leave. S_OK when wanted, S_FALSE when not. Asked once, after
-    // "INIT".
+    // `ident` is 1 for an enter, 0 for a line, -1 for a leave. S_OK when wanted, S_FALSE when not. Asked once,
+    // after "INIT".
     virtual HRESULT IsWanted(LONG ident) = 0;
 
 protected:

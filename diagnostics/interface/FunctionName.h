@@ -30,7 +30,8 @@ constexpr std::size_t SkipBrackets(std::string_view text, std::size_t open) {
         if (c == '(' || c == '<' || c == '{' || c == '[')
             ++depth;
         // The arrow of a trailing return type closes nothing.
-        else if ((c == ')' || c == '>' || c == '}' || c == ']') && !(c == '>' && text[i - 1] == '-') && --depth == 0)
+        else if ((c == ')' || c == '>' || c == '}' || c == ']') && !(c == '>' && text[i - 1] == '-') &&
+                 --depth == 0)
             return i + 1;
     }
     return text.size();

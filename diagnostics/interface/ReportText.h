@@ -5,6 +5,7 @@
 #include "platform/com/bstr.h"
 
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <source_location>
 #include <span>
@@ -50,8 +51,8 @@ public:
     enum class EKind : std::uint8_t { Int, UInt, Int64, UInt64, Double, Character, Wide, Narrow, Pointer };
 
     template <class T>
-        requires(std::integral<T> || std::is_enum_v<T>)
-    CArgument(T value) noexcept {
+    requires(std::integral<T> || std::is_enum_v<T>) CArgument(T value)
+    noexcept {
         if constexpr (std::is_enum_v<T>) {
             *this = CArgument(static_cast<std::underlying_type_t<T>>(value));
         } else if constexpr (std::same_as<T, wchar_t> || std::same_as<T, char>) {
@@ -67,16 +68,19 @@ public:
     }
     CArgument(double value) noexcept : m_Kind(EKind::Double), m_Double(value) {}
     CArgument(const wchar_t* text) noexcept : m_Kind(EKind::Wide), m_Wide(text ? std::wstring_view(text) : Null) {}
+    CArgument(std::nullptr_t) noexcept : m_Kind(EKind::Wide), m_Wide(Null) {}
     CArgument(std::wstring_view text) noexcept : m_Kind(EKind::Wide), m_Wide(text) {}
     CArgument(const std::wstring& text) noexcept : m_Kind(EKind::Wide), m_Wide(text) {}
     CArgument(const platform::CBstr& text) noexcept
         : m_Kind(EKind::Wide), m_Wide(text.IsNull() ? Null : text.View()) {}
-    CArgument(const char* text) noexcept : m_Kind(EKind::Narrow), m_Narrow(text ? std::string_view(text) : "(null)") {}
+    CArgument(const char* text) noexcept
+        : m_Kind(EKind::Narrow), m_Narrow(text ? std::string_view(text) : "(null)") {}
     CArgument(const std::string& text) noexcept : m_Kind(EKind::Narrow), m_Narrow(text) {}
     CArgument(std::string_view text) noexcept : m_Kind(EKind::Narrow), m_Narrow(text) {}
     template <class T>
-        requires(!std::same_as<std::remove_cv_t<T>, wchar_t> && !std::same_as<std::remove_cv_t<T>, char>)
-    CArgument(T* pointer) noexcept : m_Kind(EKind::Pointer), m_Pointer(pointer) {}
+    requires(!std::same_as<std::remove_cv_t<T>, wchar_t> && !std::same_as<std::remove_cv_t<T>, char>)
+        CArgument(T* pointer)
+    noexcept : m_Kind(EKind::Pointer), m_Pointer(pointer) {}
 
     [[nodiscard]] EKind Kind() const noexcept { return m_Kind; }
     [[nodiscard]] std::int64_t Int() const noexcept { return m_Int; }

@@ -40,6 +40,7 @@ struct tagState {
     std::map<std::wstring, std::wstring, std::less<>> RootValues;
     HRESULT OptionAnswer = S_OK;
     std::function<HRESULT(const tagRecord&)> Handler;
+    std::function<void(std::wstring_view)> VerbHandler;
     std::optional<std::vector<LONG>> Unwanted;
 };
 
@@ -138,18 +139,23 @@ public:
     HRESULT IsWanted(LONG ident) override {
         tagState& state = State();
         const std::lock_guard lock(state.Lock);
-        return state.Unwanted && std::ranges::find(*state.Unwanted, ident) != state.Unwanted->end() ? S_FALSE : S_OK;
+        return state.Unwanted && std::ranges::find(*state.Unwanted, ident) != state.Unwanted->end() ? S_FALSE
+                                                                                                    : S_OK;
     }
 
     HRESULT Command(IDebugObject** record, BSTR verbText) override {
         const std::wstring verb(ViewOf(verbText));
         HRESULT answer = S_OK;
+        std::function<void(std::wstring_view)> handler;
         {
             tagState& state = State();
             const std::lock_guard lock(state.Lock);
             state.Verbs.push_back(verb);
             answer = AnswerTo(state, verb);
+            handler = state.VerbHandler;
         }
+        if (handler)
+            handler(verb);
         if (verb == ViewOf(Verb::Create.Get()) && answer == S_OK)
             *record = platform::MakeObject<CRecord>().Detach();
         else if (verb == ViewOf(Verb::Init.Get()))
@@ -246,6 +252,7 @@ void Reset() {
     state.RootValues.clear();
     state.OptionAnswer = S_OK;
     state.Handler = nullptr;
+    state.VerbHandler = nullptr;
     state.Unwanted.reset();
 }
 
@@ -323,6 +330,12 @@ void SetProcessHandler(std::function<HRESULT(const tagRecord&)> handler) {
     tagState& state = State();
     const std::lock_guard lock(state.Lock);
     state.Handler = std::move(handler);
+}
+
+void SetVerbHandler(std::function<void(std::wstring_view)> handler) {
+    tagState& state = State();
+    const std::lock_guard lock(state.Lock);
+    state.VerbHandler = std::move(handler);
 }
 
 void SetUnwanted(std::vector<LONG> idents) {

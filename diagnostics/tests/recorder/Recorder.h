@@ -1,6 +1,6 @@
 #pragma once
-// A debug library that keeps what it is given, for tests: a test program that links sqstorage::debug_recorder has it
-// loaded before the first report, so that the diagnostics client takes it instead of the real one.
+// A debug library that keeps what it is given, for tests: a test program that links sqstorage::debug_recorder has
+// it loaded before the first report, so that the diagnostics client takes it instead of the real one.
 //
 //     Recorder::Clear();
 //     storage.InsertHoliday(L"New Year");
@@ -23,8 +23,8 @@ using Field = std::pair<std::wstring, platform::CVariant>;
 
 // A record as it was when it was submitted. A field that is missing is empty or 0 here.
 struct tagRecord {
-    std::wstring Type;        // "TRACE", "ASSERT", "ERROR", "EXCEPTION"; "CREATE ERROR" within an "ERROR"; "" for a start
-    LONG Ident = 0;           // of a trace: 1 enter, 0 line, -1 leave
+    std::wstring Type; // "TRACE", "ASSERT", "ERROR", "EXCEPTION"; "CREATE ERROR" within an "ERROR"; "" for a start
+    LONG Ident = 0;    // of a trace: 1 enter, 0 line, -1 leave
     std::wstring Message;     // of a trace
     std::wstring Function;    // qualified name
     std::wstring Description; // of an assertion or raised error
@@ -78,6 +78,8 @@ void SetOptionAnswer(HRESULT code);
 void SetFieldAnswer(std::wstring_view name, HRESULT code);
 // Runs within "PROCESS", on the thread that reports; its answer counts unless it is S_OK.
 void SetProcessHandler(std::function<HRESULT(const tagRecord&)> handler);
+// Runs within every command, before its answer, with the verb.
+void SetVerbHandler(std::function<void(std::wstring_view)> handler);
 // From the next "INIT" on, the root object says that it wants no trace records of these kinds. Without this call it
 // does not offer to say.
 void SetUnwanted(std::vector<LONG> idents);

@@ -1,0 +1,134 @@
+#include "diagnostics/interface/BugSlayer.h"
+#include "diagnostics/interface/Trail.h"
+#include "platform/clock.h"
+#include "platform/environment.h"
+#include "platform/file.h"
+#include "platform/message_box.h"
+#include "platform/module.h"
+#include "platform/registry.h"
+#include "platform/text.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace BugSlayerUtil;
+
+std::atomic<int> g_Shown{0};
+
+// The first file of the library's name that is found decides, and this one is no library.
+class LibraryAbsent : public testing::Test {
+protected:
+    void SetUp() override {
+        platform::WriteFileAtomically(m_Directory.Path() / "libBugSlayerUtil3.0_x64.so", "");
+        g_Shown = 0;
+        platform::SetMessageBoxHandler([](std::wstring_view, platform::EMessageIcon) { ++g_Shown; });
+    }
+    void TearDown() override { platform::SetMessageBoxHandler(nullptr); }
+
+    platform::CTemporaryDirectory m_Directory;
+    platform::CScopedEnvironment m_Modules{L"SQSTORAGE_MODULE_PATH", m_Directory.Name()};
+    platform::CScopedEnvironment m_Registry{L"SQSTORAGE_REGISTRY_DIR", m_Directory.Name() + L"/registry"};
+    platform::CScopedEnvironment m_State{L"SQSTORAGE_STATE_DIR", m_Directory.Name() + L"/state"};
+};
+
+TEST_F(LibraryAbsent, AllReportingIsSilentAndTheClientStaysInactive) {
+    const CScope scope;
+    scope.Trace(L"line %s", nullptr);
+    EXPECT_FALSE(scope.Assert(false, L"x"));
+    EXPECT_FALSE(scope.Check(E_FAIL, L"y"));
+    EXPECT_EQ(GetClient().Inited, 0);
+    EXPECT_EQ(GetClient().Active, 0);
+    EXPECT_EQ(GetClient().IsClean(), E_FAIL);
+    EXPECT_EQ(LogFilePath(), L"");
+    EXPECT_EQ(g_Shown, 0);
+}
+
+TEST_F(LibraryAbsent, TheGuardStillCatches) {
+    const CScope scope;
+    EXPECT_EQ(scope.Guard([]() -> HRESULT { throw std::runtime_error("x"); }, E_FAIL), E_FAIL);
+    EXPECT_EQ(scope.Guard([&]() -> HRESULT { scope.Throw(L"x"); }, E_FAIL), E_FAIL);
+    EXPECT_EQ(scope.Guard([]() -> HRESULT { throw 5; }, E_FAIL), E_FAIL);
+}
+
+TEST_F(LibraryAbsent, AnAssertionAnswersFailure) {
+    EXPECT_EQ(AsserterClass(GetClient(), "f", 1, 0, "f", "f()")(L"x"), E_FAIL);
+    EXPECT_EQ(ShowError(GetClient(), "f", 1, 0, "f", "f()")(L"x", nullptr), E_FAIL);
+}
+
+TEST_F(LibraryAbsent, AThrownErrorIsTheTextItself) {
+    const CScope scope;
+    try {
+        scope.Throw(L"m_Object.get()");
+    } catch (const wchar_t* text) {
+        EXPECT_STREQ(text, L"m_Object.get()");
+    }
+    try {
+        scope.Rethrowing([] { throw std::runtime_error("bad"); }, L"T::FinalConstruct");
+    } catch (const wchar_t* text) {
+        EXPECT_STREQ(text, L"T::FinalConstruct (stdexcept: \"bad\")");
+    }
+}
+
+TEST_F(LibraryAbsent, FailuresAreKeptAllTheSame) {
+    const CScope scope;
+    scope.Check(E_POINTER, L"Open");
+    const auto failures = RecentFailures();
+    ASSERT_EQ(failures.size(), 1u);
+    EXPECT_TRUE(failures[0].ends_with(L"::TestBody: Open (0x80004003)"));
+}
+
+TEST_F(LibraryAbsent, IsLookedForAtMostOnceInASecond) {
+    platform::CRegistryKey::Create(platform::ERegistryRoot::User, L"Software\\DM Support\\BugSlayer")
+        .WriteText(L"", L"show");
+    const double start = platform::MillisecondClock();
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([] {
+            for (int n = 0; n < 500; ++n)
+                const CScope scope;
+        });
+    threads.clear();
+    const double seconds = (platform::MillisecondClock() - start) / 1000;
+    EXPECT_GE(g_Shown, 1);
+    EXPECT_LE(g_Shown, 1 + seconds);
+}
+
+TEST_F(LibraryAbsent, IsLoadedFromThePathThatTheRegistryNames) {
+    platform::CRegistryKey::Create(platform::ERegistryRoot::Classes,
+                                   L"CLSID\\{CF3478AA-DD21-456C-98F2-5222D9B9CD75}\\InprocServer32")
+        .WriteText(L"", platform::FromUtf8(DEBUG_OBJECT_FILE));
+    EXPECT_FALSE(platform::CModule::Load(IDM_BugSlayerUtil::DebugModuleName));
+    Assert(false, L"x");
+    EXPECT_EQ(GetClient().Active, 1);
+    EXPECT_TRUE(LogFilePath().starts_with(m_Directory.Name() + L"/state/log/"));
+}
+
+TEST_F(LibraryAbsent, ARegisteredPathWithNothingBehindItIsNoLibrary) {
+    platform::CRegistryKey::Create(platform::ERegistryRoot::Classes,
+                                   L"CLSID\\{CF3478AA-DD21-456C-98F2-5222D9B9CD75}\\InprocServer32")
+        .WriteText(L"", m_Directory.Name() + L"/none.so");
+    EXPECT_EQ(GetClient().Init(), E_FAIL);
+}
+
+TEST_F(LibraryAbsent, AModuleWithoutTheExportIsNoLibrary) {
+    platform::CRegistryKey::Create(platform::ERegistryRoot::Classes,
+                                   L"CLSID\\{CF3478AA-DD21-456C-98F2-5222D9B9CD75}\\InprocServer32")
+        .WriteText(L"", platform::CModule::ContainingAddress(reinterpret_cast<void*>(&GetClient)).FileName());
+    EXPECT_EQ(GetClient().Init(), E_FAIL);
+    EXPECT_EQ(GetClient().Active, 0);
+}
+
+TEST_F(LibraryAbsent, ADamagedRegistryIsNoReasonToFail) {
+    platform::CreateDirectories(m_Directory.Path() / "registry");
+    platform::WriteFileAtomically(m_Directory.Path() / "registry" / "user.toml", "not = [toml");
+    platform::WriteFileAtomically(m_Directory.Path() / "registry" / "classes.toml", "not = [toml");
+    EXPECT_EQ(GetClient().Init(), E_FAIL);
+    EXPECT_FALSE(Assert(false, L"x"));
+}
+
+} // namespace
