@@ -4,6 +4,7 @@
 #include "platform/com/dispatch.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -85,8 +86,12 @@ HRESULT Follow(const VARIANT& source, VARIANT& plain) {
 }
 
 std::wstring_view Trim(std::wstring_view text) {
-    const auto first = text.find_first_not_of(L" \t");
-    return first == text.npos ? std::wstring_view() : text.substr(first, text.find_last_not_of(L" \t") - first + 1);
+    const auto isBlank = [](wchar_t c) { return c == L' ' || c == L'\t'; };
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
+    return text;
 }
 
 // The whole text as a T, or nothing.
@@ -126,12 +131,10 @@ HRESULT ParseReal(std::string_view text, double& value) {
 
 // A number written out in full, blanks around it allowed.
 HRESULT ParseNumber(std::wstring_view wide, Number& number) {
-    std::string text;
-    for (const wchar_t c : Trim(wide)) {
-        if (c <= 0 || c > 0x7e)
-            return DISP_E_TYPEMISMATCH;
-        text.push_back(static_cast<char>(c));
-    }
+    wide = Trim(wide);
+    if (std::ranges::any_of(wide, [](wchar_t c) { return c <= 0 || c > 0x7e; }))
+        return DISP_E_TYPEMISMATCH;
+    const std::string text(wide.begin(), wide.end());
     std::string_view digits = text;
     if (digits.starts_with('+') && !digits.starts_with("+-"))
         digits.remove_prefix(1);
@@ -280,22 +283,27 @@ HRESULT ToBool(const VARIANT& source, VARIANT& target) {
     return status;
 }
 
+// The shortest text that reads as the same number. No number is longer than the buffer.
+HRESULT WriteNumber(const VARIANT& source, std::array<wchar_t, 32>& buffer, std::wstring_view& text) {
+    Number number;
+    const HRESULT status = NumberOf(source, number);
+    if (FAILED(status))
+        return status;
+    const auto write = [&](auto value) {
+        return fmt::format_to_n(buffer.data(), buffer.size(), L"{}", value).size;
+    };
+    text = {buffer.data(), source.vt == VT_R4 ? write(source.fltVal) : std::visit(write, number)};
+    return S_OK;
+}
+
 HRESULT ToText(const VARIANT& source, VARIANT& target) {
-    std::wstring text;
+    std::array<wchar_t, 32> buffer;
+    std::wstring_view text;
     if (source.vt == VT_BOOL)
         text = source.boolVal ? L"True" : L"False";
-    else if (source.vt != VT_EMPTY) {
-        Number number;
-        const HRESULT status = NumberOf(source, number);
-        if (FAILED(status))
+    else if (source.vt != VT_EMPTY)
+        if (const HRESULT status = WriteNumber(source, buffer, text); FAILED(status))
             return status;
-        if (source.vt == VT_R4)
-            text = fmt::format(L"{}", source.fltVal);
-        else
-            text = std::visit([](auto value) { return fmt::format(L"{}", value); }, number);
-        if (text.ends_with(L".0"))
-            text.resize(text.size() - 2);
-    }
     target.bstrVal = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
     return target.bstrVal ? S_OK : E_OUTOFMEMORY;
 }

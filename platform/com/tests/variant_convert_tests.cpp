@@ -188,6 +188,10 @@ TEST(ChangeType, NumbersWriteTheirShortestText) {
     EXPECT_EQ(TextOf(CVariant(0.1)), L"0.1");
     EXPECT_EQ(TextOf(CVariant(2.0)), L"2");
     EXPECT_EQ(TextOf(CVariant(-1234.5)), L"-1234.5");
+    EXPECT_EQ(TextOf(CVariant(-std::numeric_limits<double>::max())), L"-1.7976931348623157e+308");
+    EXPECT_EQ(TextOf(CVariant(std::numeric_limits<double>::denorm_min())), L"5e-324");
+    EXPECT_EQ(TextOf(CVariant(-2.2250738585072014e-308)), L"-2.2250738585072014e-308");
+    EXPECT_EQ(TextOf(CVariant(-0.00012345678901234567)), L"-0.00012345678901234567");
     EXPECT_EQ(TextOf(Float(0.1f)), L"0.1");
     EXPECT_EQ(TextOf(Float(3.0f)), L"3");
     EXPECT_EQ(DoubleOf(CVariant(TextOf(CVariant(1.0 / 3)))), 1.0 / 3);
