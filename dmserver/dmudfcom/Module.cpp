@@ -1,3 +1,5 @@
+#include "dmAnswer.h"
+#include "dmRequest.h"
 #include "dmTable.h"
 
 #include "platform/com/activation.h"
@@ -9,7 +11,9 @@ namespace {
 using namespace IDM_dmudfcom;
 
 constexpr std::array Classes{
+    platform::tagClassEntry{CLSID_dmRequest, &platform::CreatePlain<CdmRequest>},
     platform::tagClassEntry{CLSID_dmTable, &platform::CreatePlain<CdmTable>},
+    platform::tagClassEntry{CLSID_dmAnswer, &platform::CreatePlain<CdmAnswer>},
 };
 
 const platform::CModuleClasses Module{Classes};
