@@ -78,8 +78,8 @@ void CQuery::LoadParameters() {
 
 void CQuery::StartReading() {
     try {
-        if (OpenNextCursor())
-            m_HasRow = ReadRow();
+        OpenNextCursor();
+        m_HasRow = ReadRow();
     } catch (const CDatabaseError& error) {
         if (!error.Report().Has(isc_read_only_trans))
             throw;
@@ -138,11 +138,11 @@ void CQuery::RunOnce() {
 }
 
 void CQuery::KeepRowsOfCursor() {
+    m_IsAtEnd = false;
     m_Cursor.reset(m_Statement->Handle().openCursor(&Status(), m_Part, Input(), InputBuffer(),
                                                     m_Statement->OutputMetadata(), 0));
     while (ReadRow())
         KeepRow();
-    CloseCursor();
 }
 
 void CQuery::KeepRow() {
@@ -159,13 +159,18 @@ bool CQuery::OpenNextCursor() {
         m_Message->LoadRecord(m_NextRecord);
     ++m_NextRecord;
     m_Part = &m_Transaction->ForReading();
+    m_IsAtEnd = false;
     m_Cursor.reset(m_Statement->Handle().openCursor(&Status(), m_Part, Input(), InputBuffer(),
                                                     m_Statement->OutputMetadata(), 0));
     return true;
 }
 
+// A cursor over a procedure must not be read again behind its end.
 bool CQuery::ReadRow() {
-    return m_Cursor->fetchNext(&Status(), m_Statement->RowBuffer().data()) == IStatus::RESULT_OK;
+    if (m_IsAtEnd)
+        return false;
+    m_IsAtEnd = m_Cursor->fetchNext(&Status(), m_Statement->RowBuffer().data()) != IStatus::RESULT_OK;
+    return !m_IsAtEnd;
 }
 
 void CQuery::Fetch(LONG count, LONG& delivered) {
@@ -211,11 +216,10 @@ const unsigned char* CQuery::NextKeptRow() {
 const unsigned char* CQuery::NextCursorRow() {
     if (std::exchange(m_HasRow, false))
         return m_Statement->RowBuffer().data();
-    while (m_Cursor) {
-        if (ReadRow())
+    do {
+        if (m_Cursor && ReadRow())
             return m_Statement->RowBuffer().data();
-        OpenNextCursor();
-    }
+    } while (OpenNextCursor());
     return nullptr;
 }
 
