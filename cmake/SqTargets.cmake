@@ -86,3 +86,33 @@ function(sq_benchmark name)
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE sq_warnings ${arg_LINKS} benchmark::benchmark)
 endfunction()
+
+# sq_fuzz(<name> [CORPUS <folder>] SOURCES ... LINKS ...)
+# A fuzz target: the sources define LLVMFuzzerTestOneInput. With Clang it is a libFuzzer program, to be run for as long
+# as one likes (configure with -DCMAKE_CXX_FLAGS=-fsanitize=fuzzer-no-link so that coverage leads it); otherwise a
+# driver runs a fixed number of inputs, the same ones each time, made from the files of the corpus. Either way ctest
+# runs it for a few seconds.
+function(sq_fuzz name)
+  cmake_parse_arguments(arg "" "CORPUS" "SOURCES;LINKS" ${ARGN})
+  if(NOT SQ_BUILD_TESTS)
+    return()
+  endif()
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE sq_warnings ${arg_LINKS})
+  set(corpus)
+  if(arg_CORPUS)
+    get_filename_component(corpus "${arg_CORPUS}" ABSOLUTE)
+  endif()
+  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    target_compile_options(${name} PRIVATE -fsanitize=fuzzer)
+    target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+    # What it finds goes to the first folder; the corpus stays as it is.
+    set(found "${CMAKE_CURRENT_BINARY_DIR}/${name}_found")
+    file(MAKE_DIRECTORY "${found}")
+    add_test(NAME ${name} COMMAND ${name} -runs=100000 "${found}" ${corpus})
+  else()
+    target_sources(${name} PRIVATE "${PROJECT_SOURCE_DIR}/cmake/FuzzDriver.cpp")
+    add_test(NAME ${name} COMMAND ${name} ${corpus})
+  endif()
+  set_tests_properties(${name} PROPERTIES TIMEOUT 600)
+endfunction()

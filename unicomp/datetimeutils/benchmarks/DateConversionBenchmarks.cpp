@@ -1,5 +1,5 @@
-// Conversions over the whole calendar beside those of the standard library over the same days, in the same run. Each
-// iteration converts every day once, in an order that no branch predictor learns.
+// Conversions over the whole calendar beside those of the standard library over the same days, in the same run.
+// Each iteration converts every day once, in an order that no branch predictor learns.
 
 #include "unicomp/datetimeutils/interface/DateTimeUtilsCore.h"
 

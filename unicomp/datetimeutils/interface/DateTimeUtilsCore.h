@@ -228,18 +228,18 @@ struct SDateTime {
     // Midnight of that day. Nothing is checked; a day that no count of ticks reaches becomes the farthest one that
     // does, which is far from any date.
     [[nodiscard]] static constexpr SDateTime FromJulian(JulianDate days) {
-        constexpr std::int64_t Farthest = std::numeric_limits<std::int64_t>::max() / TicksPerDay; // 10675199
+        // So that neither the ticks nor their distance from JulianZeroTicks needs more than 64 bits.
+        constexpr std::int64_t Last = std::numeric_limits<std::int64_t>::max() / TicksPerDay; // 10675199
+        constexpr std::int64_t First = JulianOffsetDays - Last;                               // -9981606
         const std::int64_t sinceYearOne = std::int64_t{days} + JulianOffsetDays;
-        const std::int64_t held = sinceYearOne > Farthest    ? Farthest
-                                  : sinceYearOne < -Farthest ? -Farthest
-                                                             : sinceYearOne;
+        const std::int64_t held = sinceYearOne > Last ? Last : sinceYearOne < First ? First : sinceYearOne;
         return SDateTime(held * TicksPerDay);
     }
 
     [[nodiscard]] constexpr std::int64_t Ticks() const { return m_Ticks; }
     // Rounded toward the null date, so a moment in the day before it counts to it.
     [[nodiscard]] constexpr JulianDate ToJulian() const {
-        // Wraps only below JulianZeroTicks less than 2^63, to day numbers above 9900000, which are no dates either.
+        // A distance that needs more than 64 bits wraps to a day number above 9981606, which is no date either.
         const std::uint64_t sinceZero =
             static_cast<std::uint64_t>(m_Ticks) - static_cast<std::uint64_t>(JulianZeroTicks);
         return static_cast<JulianDate>(static_cast<std::int64_t>(sinceZero) / TicksPerDay); // within +-10675199
