@@ -1,0 +1,159 @@
+// check: health and consistency of the store.
+#include "Command.h"
+#include "apps/sqstorage/store/Connection.h"
+#include "apps/sqstorage/store/DatabaseReport.h"
+#include "apps/sqstorage/store/HolidayCalendars.h"
+#include "apps/sqstorage/store/PriceSettings.h"
+#include "diagnostics/interface/Trail.h"
+#include "platform/file.h"
+#include "platform/registry.h"
+#include "platform/text.h"
+#include "schema/interface/Schema.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <fmt/format.h>
+#include <map>
+#include <set>
+
+namespace sqCli {
+
+namespace {
+
+using platform::ToUtf8;
+
+constexpr const char* Manual = R"(
+Each finding is a row: what was looked at (CHECK), how it is (RESULT: ok,
+problem or error) and a sentence (FINDING). Nothing is changed.
+
+The status is 0 when all is well, 1 when something is to be looked at, and 3
+when the store could not be opened.
+)";
+
+class CFindings {
+public:
+    void Good(const char* check, std::string sentence) { Add(check, "ok", std::move(sentence)); }
+    void Problem(const char* check, std::string sentence) {
+        Add(check, "problem", std::move(sentence));
+        m_Status = EExitStatus::Refused;
+    }
+    void Error(const char* check, std::string sentence) {
+        Add(check, "error", std::move(sentence));
+        m_Status = EExitStatus::NotOpened;
+    }
+
+    [[nodiscard]] const tagRowSet& Rows() const { return m_Rows; }
+    [[nodiscard]] EExitStatus Status() const { return m_Status; }
+
+private:
+    void Add(const char* check, const char* result, std::string sentence) {
+        m_Rows.Rows.push_back({std::string(check), std::string(result), std::move(sentence)});
+    }
+
+    tagRowSet m_Rows{{"CHECK", "RESULT", "FINDING"}, {}};
+    EExitStatus m_Status = EExitStatus::Done;
+};
+
+void TellLog(CFindings& findings) {
+    const std::wstring log = BugSlayerUtil::LogFilePath();
+    if (log.empty())
+        findings.Good("log", "No log is written.");
+    else
+        findings.Good("log", fmt::format("The log is {}.", ToUtf8(log)));
+}
+
+void CheckDatabase(const sqSetup::tagConnection& connection, CFindings& findings) {
+    const tagDatabaseReport report = ReportDatabase(connection);
+    findings.Good("schema", fmt::format("The schema has version {}; this program works with version {}.",
+                                        report.SchemaVersion, sqSchema::CurrentVersion));
+    findings.Good("engine", fmt::format("Engine and client are {}.", report.Versions));
+}
+
+void CheckCalendars(CStore& store, CFindings& findings) {
+    const std::vector<tagCalendar> calendars = SelectCalendars(store);
+    std::map<std::string, std::size_t> names;
+    std::set<LONG> keys;
+    for (const tagCalendar& calendar : calendars) {
+        ++names[calendar.Name];
+        keys.insert(calendar.Key);
+    }
+    findings.Good("holidays", fmt::format("The store holds {} holiday calendar(s).", calendars.size()));
+    for (const auto& [name, count] : names) {
+        if (name.empty())
+            findings.Problem("holidays", "A holiday calendar has no name: give it one.");
+        else if (count > 1)
+            findings.Problem("holidays",
+                             fmt::format("{} calendars are called \"{}\", so that an import cannot tell "
+                                         "which is meant: rename all but one.",
+                                         count, name));
+    }
+    const std::vector<tagOwnedHolidayDate> dates = SelectHolidayDates(store);
+    const auto astray = std::count_if(
+        dates.begin(), dates.end(), [&](const tagOwnedHolidayDate& date) { return !keys.contains(date.Calendar); });
+    findings.Good("holiday_dates", fmt::format("The store holds {} holiday date(s).", dates.size()));
+    if (astray > 0)
+        findings.Problem("holiday_dates", fmt::format("{} date(s) belong to no calendar and have no effect: remove "
+                                                      "them.",
+                                                      astray));
+}
+
+void CheckSettings(CStore& store, CFindings& findings) {
+    const tagRowSet settings = SelectSettings(store);
+    findings.Good("settings", fmt::format("The store holds {} price setting(s).", settings.Rows.size()));
+    for (const auto& row : settings.Rows)
+        if (std::any_of(row.begin(), row.end(),
+                        [](const Cell& cell) { return std::holds_alternative<tagNull>(cell); }))
+            findings.Problem("settings",
+                             fmt::format("The setting with the key {} lacks a value: update or delete it.",
+                                         TextOf(row.front())));
+}
+
+void CheckDictionary(const sqSetup::tagConnection& connection, CFindings& findings) {
+    if (connection.DictionaryPath.empty())
+        findings.Good("dictionary", "The dictionary file is looked for in the data folder of the host program.");
+    else if (platform::Exists(platform::ToPath(connection.DictionaryPath)))
+        findings.Good("dictionary", fmt::format("The dictionary file is {}.", ToUtf8(connection.DictionaryPath)));
+    else
+        findings.Good("dictionary",
+                      fmt::format("The dictionary file {} is not there yet.", ToUtf8(connection.DictionaryPath)));
+}
+
+void CheckStore(CFindings& findings) {
+    findings.Good("registry",
+                  fmt::format("The registry entries are in {}.", ToUtf8(platform::RegistryDirectory())));
+    const sqSetup::tagConnection connection = ReadConnection();
+    findings.Good("database", fmt::format("The database is {}, opened as {}.", ToUtf8(connection.Path),
+                                          ToUtf8(connection.UserName)));
+    CStore store;
+    findings.Good("store", "The store opens.");
+    CheckDatabase(connection, findings);
+    CheckDictionary(connection, findings);
+    CheckCalendars(store, findings);
+    CheckSettings(store, findings);
+}
+
+// A store that cannot be opened is a finding like the others, and the error that every command gives.
+EExitStatus Check(const CConsole& console) {
+    CFindings findings;
+    try {
+        CheckStore(findings);
+    } catch (const CCommandError& error) {
+        console.Error(error.what());
+        findings.Error("store", error.what());
+    } catch (const CStoreRefusal& refusal) {
+        findings.Problem("store", refusal.what());
+    }
+    TellLog(findings);
+    console.Print(findings.Rows());
+    return findings.Status();
+}
+
+} // namespace
+
+void AddCheckCommand(CLI::App& program, Action& chosen) {
+    CLI::App* command = program.add_subcommand("check", "Look at the health and consistency of the store");
+    command->footer(Manual);
+    command->callback([&chosen] { chosen = Check; });
+}
+
+} // namespace sqCli

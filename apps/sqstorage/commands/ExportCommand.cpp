@@ -1,0 +1,55 @@
+// export: the store's reference data as the CSV files that import takes.
+#include "Command.h"
+#include "apps/sqstorage/datasets/Dataset.h"
+#include "apps/sqstorage/rows/Csv.h"
+#include "platform/file.h"
+#include "platform/text.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
+
+namespace sqCli {
+
+namespace {
+
+constexpr const char* Manual = R"(
+Writes holidays.csv, holiday_dates.csv and settings.csv into DIR, which is made
+when it is missing. Files of these names that are there are replaced, each whole
+or not at all; other files are left alone.
+
+The rows are sorted, texts by code point and numbers as numbers, and each is
+written once, so that an export, imported into an empty store and exported
+again, gives the same bytes. HOLIDAY_END_DATE is a column only when a date has
+an end. A row that could not be imported again, such as a date of a calendar
+that is gone, is left out with a warning.
+)";
+
+EExitStatus Export(const std::string& directory, const CConsole& console) {
+    CStore store;
+    const std::filesystem::path folder = platform::ToPath(platform::FromUtf8(directory));
+    tagRowSet summary{{"FILE", "ROWS"}, {}};
+    platform::CreateDirectories(folder);
+    for (const IDataset* dataset : Datasets()) {
+        const tagRowSet rows = dataset->Export(store, console);
+        const std::filesystem::path file = folder / (std::string(dataset->Name()) + ".csv");
+        platform::WriteFileAtomically(file, WriteCsv(rows));
+        summary.Rows.push_back({file.string(), static_cast<std::int64_t>(rows.Rows.size())});
+    }
+    console.Print(summary);
+    return EExitStatus::Done;
+}
+
+} // namespace
+
+void AddExportCommand(CLI::App& program, Action& chosen) {
+    const auto directory = std::make_shared<std::string>();
+    CLI::App* command = program.add_subcommand("export", "Write the store's reference data as CSV files");
+    command->footer(Manual);
+    command->add_option("DIR", *directory, "Where the files go")->required();
+    command->callback([directory, &chosen] {
+        chosen = [directory](const CConsole& console) { return Export(*directory, console); };
+    });
+}
+
+} // namespace sqCli

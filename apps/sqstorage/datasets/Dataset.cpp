@@ -1,0 +1,30 @@
+#include "Dataset.h"
+
+#include <algorithm>
+#include <array>
+
+namespace sqCli {
+
+std::span<const IDataset* const> Datasets() {
+    static const std::array<const IDataset*, 3> datasets{&HolidaysDataset(), &HolidayDatesDataset(),
+                                                         &SettingsDataset()};
+    return datasets;
+}
+
+const IDataset* FindDataset(std::string_view name) {
+    const auto datasets = Datasets();
+    const auto found = std::find_if(datasets.begin(), datasets.end(),
+                                    [&](const IDataset* dataset) { return dataset->Name() == name; });
+    return found == datasets.end() ? nullptr : *found;
+}
+
+std::string DatasetNames() {
+    std::string names;
+    for (const IDataset* dataset : Datasets()) {
+        names += names.empty() ? "" : ", ";
+        names += dataset->Name();
+    }
+    return names;
+}
+
+} // namespace sqCli

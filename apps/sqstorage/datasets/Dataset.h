@@ -1,0 +1,97 @@
+// What the program lists, exports and imports: one dataset for each kind of reference data, one source file for
+// each dataset. A dataset called "holidays" is the file holidays.csv and the argument of "list holidays".
+#pragma once
+
+#include "TableFile.h"
+#include "apps/sqstorage/Console.h"
+#include "apps/sqstorage/rows/RowSet.h"
+#include "apps/sqstorage/store/Store.h"
+
+#include <cstddef>
+#include <optional>
+#include <set>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sqCli {
+
+struct tagListFilter {
+    std::optional<std::string> Calendar;
+    std::optional<tagDay> From;
+    std::optional<tagDay> To;
+
+    [[nodiscard]] bool IsEmpty() const { return !Calendar && !From && !To; }
+};
+
+struct tagImportOptions {
+    bool DryRun = false;
+    bool Update = false;
+};
+
+// What became of the rows of one file. In a dry run, what would have become of them.
+struct tagImportCounts {
+    std::size_t Added = 0;
+    std::size_t Updated = 0;
+    std::size_t Unchanged = 0;
+    std::size_t Different = 0; // in the store with other values, which stay
+    std::size_t Refused = 0;
+
+    tagImportCounts& operator+=(const tagImportCounts& other) {
+        Added += other.Added;
+        Updated += other.Updated;
+        Unchanged += other.Unchanged;
+        Different += other.Different;
+        Refused += other.Refused;
+        return *this;
+    }
+};
+
+// One import over several files.
+struct tagImportRun {
+    CStore& Store;
+    const CConsole& Console;
+    tagImportOptions Options;
+    // Calendars that a dry run would have added, so that later files may refer to them.
+    std::set<std::string> PlannedCalendars;
+};
+
+// One file of an import. `Problems` holds what is wrong so far; while there is something, nothing may be written.
+struct tagImportFile {
+    std::string Label; // for messages
+    const CTableFile& Table;
+    std::vector<tagRowProblem>& Problems;
+};
+
+class IDataset {
+public:
+    [[nodiscard]] virtual std::string_view Name() const = 0;
+    [[nodiscard]] virtual std::span<const tagColumnRule> Columns() const = 0;
+    // Whether "list" may narrow the rows down by calendar and dates.
+    [[nodiscard]] virtual bool HasDates() const { return false; }
+
+    // Sorted. Raises CStoreRefusal, and CCommandError for a filter that names nothing.
+    [[nodiscard]] virtual tagRowSet List(CStore& store, const tagListFilter& filter) const = 0;
+    // Sorted, each row once, in the form in which Import takes it. A row that Import would refuse is left out with
+    // a warning.
+    [[nodiscard]] virtual tagRowSet Export(CStore& store, const CConsole& console) const = 0;
+    // Tests all rows, and adds to the problems; only when there are none, writes what the store lacks.
+    virtual tagImportCounts Import(tagImportRun& run, const tagImportFile& file) const = 0;
+
+protected:
+    ~IDataset() = default;
+};
+
+// All of them, each behind those it refers to.
+[[nodiscard]] std::span<const IDataset* const> Datasets();
+// Null when there is none of that name.
+[[nodiscard]] const IDataset* FindDataset(std::string_view name);
+// "holidays, holiday_dates, settings"
+[[nodiscard]] std::string DatasetNames();
+
+[[nodiscard]] const IDataset& HolidaysDataset();
+[[nodiscard]] const IDataset& HolidayDatesDataset();
+[[nodiscard]] const IDataset& SettingsDataset();
+
+} // namespace sqCli

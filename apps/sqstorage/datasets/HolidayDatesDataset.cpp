@@ -1,0 +1,243 @@
+// The dates of the holiday calendars; a row names its calendar.
+#include "Dataset.h"
+#include "HolidayMerge.h"
+#include "TextRules.h"
+#include "apps/sqstorage/ExitStatus.h"
+#include "apps/sqstorage/rows/Numbers.h"
+#include "apps/sqstorage/store/HolidayCalendars.h"
+
+#include <algorithm>
+#include <array>
+#include <fmt/format.h>
+#include <map>
+#include <tuple>
+
+namespace sqCli {
+
+namespace {
+
+enum Rule : std::size_t { RuleName, RuleStart, RuleEnd, RuleDescription };
+constexpr std::array Rules{tagColumnRule{"HOLIDAY_NAME", true}, tagColumnRule{"HOLIDAY_START_DATE", true},
+                           tagColumnRule{"HOLIDAY_END_DATE", false}, tagColumnRule{"HOLIDAY_DESCRIPTION", false}};
+
+struct tagNamedDate {
+    std::string Calendar;
+    tagHolidayDate Date;
+    friend auto operator<=>(const tagNamedDate&, const tagNamedDate&) = default;
+};
+
+// Calendars by name. More than one key is an ambiguity.
+using Keys = std::map<std::string, std::vector<LONG>, std::less<>>;
+
+Keys KeysByName(CStore& store) {
+    Keys keys;
+    for (const tagCalendar& calendar : SelectCalendars(store))
+        keys[calendar.Name].push_back(calendar.Key);
+    return keys;
+}
+
+// Why rows cannot belong to a calendar of that name.
+std::optional<std::string> CalendarProblem(const tagImportRun& run, const Keys& keys, const std::string& name) {
+    const auto found = keys.find(name);
+    if (found == keys.end() && !run.PlannedCalendars.contains(name))
+        return fmt::format("there is no calendar \"{}\": correct the name, or add it to holidays.csv", name);
+    if (found != keys.end() && found->second.size() > 1)
+        return fmt::format("the store has {} calendars \"{}\": rename all but one of them", found->second.size(),
+                           name);
+    return std::nullopt;
+}
+
+class CRowTest {
+public:
+    CRowTest(const tagImportRun& run, const tagImportFile& file, const Keys& keys)
+        : m_Run(run), m_File(file), m_Keys(keys) {}
+
+    // The dates of a good file, by calendar.
+    std::map<std::string, std::vector<tagHolidayDate>> Dates() {
+        std::map<std::string, std::vector<tagHolidayDate>> dates;
+        for (const tagCsvRecord& row : m_File.Table.Rows())
+            if (const auto date = Test(row))
+                dates[date->Calendar].push_back(date->Date);
+        return dates;
+    }
+    [[nodiscard]] std::size_t LineOf(const std::string& calendar) const {
+        const auto first = m_Lines.lower_bound(tagNamedDate{calendar, {}});
+        return first == m_Lines.end() ? 1 : first->second;
+    }
+
+private:
+    std::optional<tagNamedDate> Test(const tagCsvRecord& row) {
+        const std::size_t before = m_File.Problems.size();
+        tagNamedDate date{
+            std::string(m_File.Table.Value(row, RuleName)),
+            {Day(row, RuleStart), std::nullopt, std::string(m_File.Table.Value(row, RuleDescription))}};
+        if (!m_File.Table.Value(row, RuleEnd).empty())
+            date.Date.End = Day(row, RuleEnd);
+        Note(row, CalendarProblem(m_Run, m_Keys, date.Calendar));
+        Note(row, TextProblem(Rules[RuleDescription].Name, date.Date.Description));
+        if (date.Date.Start && date.Date.End && *date.Date.End < *date.Date.Start)
+            Note(row, fmt::format("HOLIDAY_END_DATE {} is before HOLIDAY_START_DATE {}: exchange them",
+                                  DayText(*date.Date.End), DayText(*date.Date.Start)));
+        if (m_File.Problems.size() != before)
+            return std::nullopt;
+        if (const auto [first, fresh] = m_Lines.emplace(date, row.Line); !fresh) {
+            Note(row, fmt::format("the row says the same as line {}: remove one of them", first->second));
+            return std::nullopt;
+        }
+        return date;
+    }
+
+    std::optional<tagDay> Day(const tagCsvRecord& row, Rule rule) {
+        std::string reason;
+        const auto day = ParseDay(m_File.Table.Value(row, rule), reason);
+        if (!day)
+            Note(row, fmt::format("{}: {}", Rules[rule].Name, reason));
+        return day;
+    }
+
+    void Note(const tagCsvRecord& row, std::optional<std::string> problem) {
+        if (problem)
+            m_File.Problems.push_back({row.Line, std::move(*problem)});
+    }
+
+    const tagImportRun& m_Run;
+    const tagImportFile& m_File;
+    const Keys& m_Keys;
+    std::map<tagNamedDate, std::size_t> m_Lines;
+};
+
+struct tagListedDate {
+    std::string Calendar;
+    bool HasCalendar;
+    LONG Key;
+    tagHolidayDate Date;
+};
+
+// All dates with their calendars, sorted.
+std::vector<tagListedDate> NamedDates(CStore& store) {
+    std::map<LONG, std::string> names;
+    for (tagCalendar& calendar : SelectCalendars(store))
+        names.emplace(calendar.Key, std::move(calendar.Name));
+    std::vector<tagListedDate> dates;
+    for (tagOwnedHolidayDate& owned : SelectHolidayDates(store)) {
+        const auto name = names.find(owned.Calendar);
+        const bool has = name != names.end();
+        dates.push_back({has ? name->second : std::string(), has, owned.Calendar, std::move(owned.Date)});
+    }
+    std::sort(dates.begin(), dates.end(), [](const tagListedDate& left, const tagListedDate& right) {
+        return std::tie(left.Calendar, left.Date, left.Key) < std::tie(right.Calendar, right.Date, right.Key);
+    });
+    return dates;
+}
+
+std::map<std::string, std::vector<tagHolidayDate>> DatesByName(CStore& store) {
+    std::map<std::string, std::vector<tagHolidayDate>> dates;
+    for (tagListedDate& date : NamedDates(store))
+        if (date.HasCalendar)
+            dates[date.Calendar].push_back(std::move(date.Date));
+    return dates;
+}
+
+Cell CellOf(const std::optional<tagDay>& day) { return day ? Cell(*day) : Cell(tagNull{}); }
+
+bool IsWithin(const tagHolidayDate& date, const tagListFilter& filter) {
+    if (!date.Start)
+        return !filter.From && !filter.To;
+    return (!filter.To || *date.Start <= *filter.To) &&
+           (!filter.From || date.End.value_or(*date.Start) >= *filter.From);
+}
+
+// Why an exported date could not be imported again.
+std::optional<std::string> ExportProblem(const tagListedDate& date) {
+    if (!date.HasCalendar)
+        return fmt::format("A date of the calendar with the key {} is left out, because there is no such calendar.",
+                           date.Key);
+    if (!date.Date.Start || *date.Date.Start < FirstDay || *date.Date.Start > LastDay)
+        return fmt::format("A date of the calendar \"{}\" is left out, because it has no day within the store's "
+                           "calendar.",
+                           date.Calendar);
+    if (date.Date.End && (*date.Date.End < *date.Date.Start || *date.Date.End > LastDay))
+        return fmt::format("The date {} of the calendar \"{}\" is left out, because it ends before it begins.",
+                           DayText(*date.Date.Start), date.Calendar);
+    return std::nullopt;
+}
+
+class CHolidayDatesDataset final : public IDataset {
+public:
+    std::string_view Name() const override { return "holiday_dates"; }
+    std::span<const tagColumnRule> Columns() const override { return Rules; }
+    bool HasDates() const override { return true; }
+
+    tagRowSet List(CStore& store, const tagListFilter& filter) const override {
+        if (filter.Calendar && !KeysByName(store).contains(*filter.Calendar))
+            throw CCommandError(
+                EExitStatus::Refused,
+                fmt::format("There is no calendar \"{}\": see \"sqstorage list holidays\".", *filter.Calendar));
+        tagRowSet rows{{"HOLIDAY_NAME", "HOLIDAY_START_DATE", "HOLIDAY_END_DATE", "HOLIDAY_DESCRIPTION"}, {}};
+        for (const tagListedDate& date : NamedDates(store))
+            if ((!filter.Calendar || (date.HasCalendar && date.Calendar == *filter.Calendar)) &&
+                IsWithin(date.Date, filter))
+                rows.Rows.push_back(
+                    {date.Calendar, CellOf(date.Date.Start), CellOf(date.Date.End), date.Date.Description});
+        return rows;
+    }
+
+    // The column of end dates is there only when a date has one.
+    tagRowSet Export(CStore& store, const CConsole& console) const override {
+        std::set<tagNamedDate> dates;
+        for (tagListedDate& date : NamedDates(store)) {
+            if (const auto problem = ExportProblem(date))
+                console.Warn(*problem);
+            else
+                dates.insert({std::move(date.Calendar), std::move(date.Date)});
+        }
+        const bool ends = std::any_of(dates.begin(), dates.end(),
+                                      [](const tagNamedDate& date) { return date.Date.End.has_value(); });
+        tagRowSet rows{{"HOLIDAY_NAME", "HOLIDAY_START_DATE", "HOLIDAY_DESCRIPTION"}, {}};
+        if (ends)
+            rows.Columns.insert(rows.Columns.begin() + 2, "HOLIDAY_END_DATE");
+        for (const tagNamedDate& date : dates) {
+            auto& row = rows.Rows.emplace_back(
+                std::vector<Cell>{date.Calendar, CellOf(date.Date.Start), date.Date.Description});
+            if (ends)
+                row.insert(row.begin() + 2, CellOf(date.Date.End));
+        }
+        return rows;
+    }
+
+    tagImportCounts Import(tagImportRun& run, const tagImportFile& file) const override {
+        const Keys keys = KeysByName(run.Store);
+        CRowTest test(run, file, keys);
+        const auto wanted = test.Dates();
+        tagImportCounts counts;
+        if (!file.Problems.empty())
+            return counts;
+        const auto there = DatesByName(run.Store);
+        CProgress progress(run.Console, file.Label, file.Table.Rows().size());
+        for (const auto& [calendar, dates] : wanted) {
+            const auto found = there.find(calendar);
+            const auto before = found == there.end() ? std::vector<tagHolidayDate>() : found->second;
+            const tagHolidayMerge merge = MergeHolidays(before, dates, run.Options.Update);
+            try {
+                if (merge.Changes() && !run.Options.DryRun)
+                    ReplaceHolidayDates(run.Store, keys.at(calendar).front(), merge.Dates, before);
+                counts += merge.Counts;
+            } catch (const CStoreRefusal& refusal) {
+                file.Problems.push_back(
+                    {test.LineOf(calendar),
+                     fmt::format("the store refused the dates of \"{}\". {}", calendar, refusal.what())});
+            }
+            progress.Advance(dates.size());
+        }
+        return counts;
+    }
+};
+
+} // namespace
+
+const IDataset& HolidayDatesDataset() {
+    static const CHolidayDatesDataset dataset;
+    return dataset;
+}
+
+} // namespace sqCli

@@ -1,0 +1,13 @@
+// Rows as JSON: an array of objects, keys the column names, one object a line.
+#pragma once
+
+#include "RowSet.h"
+
+#include <string>
+
+namespace sqCli {
+
+// Numbers as numbers, days as "YYYY-MM-DD", null and the null day as null.
+[[nodiscard]] std::string WriteJson(const tagRowSet& rows);
+
+} // namespace sqCli

@@ -1,0 +1,72 @@
+#include "TextTable.h"
+
+#include <algorithm>
+
+namespace sqCli {
+
+namespace {
+
+constexpr const char* Gap = "  ";
+
+// Characters, not bytes; good for alphabets, not for characters two cells wide.
+std::size_t WidthOf(const std::string& text) {
+    return static_cast<std::size_t>(std::count_if(
+        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+// What would move the cursor is shown as a blank: the text comes from files and must not drive the terminal.
+std::string Printable(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, ' ');
+    return text;
+}
+
+std::vector<std::size_t> ColumnWidths(const tagRowSet& rows) {
+    std::vector<std::size_t> widths;
+    for (const std::string& name : rows.Columns)
+        widths.push_back(WidthOf(name));
+    for (const auto& row : rows.Rows)
+        for (std::size_t column = 0; column < row.size(); ++column)
+            widths[column] = std::max(widths[column], WidthOf(TextOf(row[column])));
+    return widths;
+}
+
+// The last column gets no blanks behind it.
+void AppendCell(std::string& line, const std::string& text, std::size_t width, bool right, bool last) {
+    const std::string blanks(width - WidthOf(text), ' ');
+    line += right ? blanks + text : last ? text : text + blanks;
+    line += last ? "\n" : Gap;
+}
+
+// A column is one of numbers when its first value that is there is one.
+std::vector<bool> NumberColumns(const tagRowSet& rows) {
+    std::vector<bool> numbers(rows.Columns.size());
+    for (std::size_t column = 0; column < numbers.size(); ++column) {
+        const auto first = std::find_if(rows.Rows.begin(), rows.Rows.end(), [&](const auto& row) {
+            return !std::holds_alternative<tagNull>(row[column]);
+        });
+        numbers[column] = first != rows.Rows.end() && IsNumber((*first)[column]);
+    }
+    return numbers;
+}
+
+} // namespace
+
+std::string WriteTextTable(const tagRowSet& rows, bool bold) {
+    const std::vector<std::size_t> widths = ColumnWidths(rows);
+    const std::vector<bool> numbers = NumberColumns(rows);
+    const std::size_t count = rows.Columns.size();
+    std::string text = bold ? "\x1b[1m" : "";
+    for (std::size_t column = 0; column < count; ++column)
+        AppendCell(text, rows.Columns[column], widths[column], numbers[column], column + 1 == count);
+    if (bold)
+        text.insert(text.size() - 1, "\x1b[0m");
+    for (std::size_t column = 0; column < count; ++column)
+        AppendCell(text, std::string(widths[column], '-'), widths[column], false, column + 1 == count);
+    for (const auto& row : rows.Rows)
+        for (std::size_t column = 0; column < count; ++column)
+            AppendCell(text, Printable(TextOf(row[column])), widths[column], numbers[column], column + 1 == count);
+    return text;
+}
+
+} // namespace sqCli

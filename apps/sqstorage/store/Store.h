@@ -1,0 +1,60 @@
+// The store, opened as any host opens it: by its class identifier, and used through its interfaces.
+//
+// The interfaces answer S_OK also when the database refused a statement and report the reason to the diagnostics
+// alone; a program that tells its user the truth has to look there. That is told here once.
+//
+// One thread uses a store and all that comes from it.
+#pragma once
+
+#include "apps/sqstorage/rows/RowSet.h"
+#include "dmserver/dmudfcom/interface/TableRows.h"
+#include "dmserver/portfolio/dmsqStorageInterface/interface/qxStorage.h"
+#include "platform/com/com_ptr.h"
+
+#include <stdexcept>
+#include <string_view>
+
+namespace sqCli {
+
+// One sentence, in UTF-8: the store did not do what it was asked to.
+class CStoreRefusal : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+class CStore {
+public:
+    using IdmRequest = IDM_dmudfcom::IdmRequest;
+    using IdmTable = IDM_dmudfcom::IdmTable;
+    using IqxStorage = IDM_qxStorage::IqxStorage;
+    using SelectMethod = HRESULT (IqxStorage::*)(IdmRequest*, IdmTable*);
+
+    // Raises CCommandError (NotOpened) with the reason.
+    CStore();
+
+    // Runs `call`, which takes the IqxStorage and gives a status, and passes that on. Raises CStoreRefusal for a
+    // failing status and for anything that went wrong within.
+    template <class Call>
+    HRESULT Run(Call&& call) {
+        ForgetFailures();
+        const HRESULT status = call(*m_Storage);
+        RaiseFailures(status);
+        return status;
+    }
+
+    // All rows of a table that a select fills, with the columns it gives them.
+    [[nodiscard]] tagRowSet Select(SelectMethod method);
+
+private:
+    static void ForgetFailures();
+    static void RaiseFailures(HRESULT status);
+
+    platform::CComPtr<IqxStorage> m_Storage;
+};
+
+// An empty table, to be filled for a call.
+[[nodiscard]] platform::CComPtr<IDM_dmudfcom::IdmTable> NewTable();
+
+// Where a column stands. Raises CStoreRefusal when the rows have none of that name.
+[[nodiscard]] std::size_t ColumnOf(const tagRowSet& rows, std::string_view name);
+
+} // namespace sqCli
