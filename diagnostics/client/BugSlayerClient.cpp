@@ -148,18 +148,17 @@ void BugSlayerClient::LearnWanted(IDebugObject& object) {
     m_Dropped = dropped;
 }
 
-bool BugSlayerClient::IsTooSoon() const noexcept {
-    const double nextLook = m_NextLook.load(std::memory_order_relaxed);
-    return nextLook != 0 && platform::MillisecondClock() < nextLook;
+bool BugSlayerClient::IsTooSoon(double now) const noexcept {
+    return now < m_NextLook.load(std::memory_order_relaxed);
 }
 
-bool BugSlayerClient::TryStart() noexcept {
-    if (IsTooSoon())
+bool BugSlayerClient::TryStart(double now) noexcept {
+    if (IsTooSoon(now))
         return false;
     const platform::CLastErrorKeeper keeper;
     const std::lock_guard lock(m_CriticalSection);
     // Another thread may have looked while this one waited.
-    if (!Inited && IsTooSoon())
+    if (!Inited && IsTooSoon(now))
         return false;
     try {
         Init();

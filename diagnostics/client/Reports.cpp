@@ -72,7 +72,7 @@ TracerClass::TracerClass(BugSlayerClient& client, const char* file, UINT line, L
         m_StartTime = platform::MillisecondClock();
     if (m_Counter)
         m_Counter->fetch_add(1, std::memory_order_relaxed);
-    if (m_TraceEnter && m_Client.Wants(1))
+    if (m_TraceEnter && (m_TraceLeave ? m_Client.Wants(1, m_StartTime) : m_Client.Wants(1)))
         WriteTrace({.Ident = 1, .Line = m_Line, .Message = {}});
 }
 

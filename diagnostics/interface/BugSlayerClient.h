@@ -9,6 +9,7 @@
 // Any thread may use the client at any time.
 
 #include "diagnostics/interface/DebugObject.h"
+#include "platform/clock.h"
 
 #include <atomic>
 #include <cstdint>
@@ -71,8 +72,13 @@ public:
     HRESULT ReportDialog() override;
 
     // What every report asks first: starts the client if that was not done. Never throws.
-    [[nodiscard]] bool Ready() noexcept { return Inited.load() ? Active.load() != 0 : TryStart(); }
-    // As Ready, and the library wants trace records of this kind: 1 enter, 0 line, -1 leave.
+    [[nodiscard]] bool Ready() noexcept {
+        return Inited.load() ? Active.load() != 0 : TryStart(platform::MillisecondClock());
+    }
+    // The same for who has just read the clock.
+    [[nodiscard]] bool ReadyAt(double now) noexcept { return Inited.load() ? Active.load() != 0 : TryStart(now); }
+    // As these, and the library wants trace records of this kind: 1 enter, 0 line, -1 leave.
+    [[nodiscard]] bool Wants(LONG ident, double now) noexcept { return ReadyAt(now) && IsWanted(ident); }
     [[nodiscard]] bool Wants(LONG ident) noexcept { return Ready() && IsWanted(ident); }
     // The same without starting the client, for the end of what has asked at its beginning.
     [[nodiscard]] bool StillWants(LONG ident) const noexcept { return Active.load() != 0 && IsWanted(ident); }
@@ -88,8 +94,8 @@ private:
         return (m_Dropped.load(std::memory_order_relaxed) & BitOf(ident)) == 0;
     }
 
-    [[nodiscard]] bool TryStart() noexcept;
-    [[nodiscard]] bool IsTooSoon() const noexcept;
+    [[nodiscard]] bool TryStart(double now) noexcept;
+    [[nodiscard]] bool IsTooSoon(double now) const noexcept;
     HRESULT StartObject();
     HRESULT SendStart(IDebugObject& object);
     void LearnWanted(IDebugObject& object);

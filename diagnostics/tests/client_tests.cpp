@@ -109,6 +109,16 @@ TEST_F(Client, AFailedStartIsTriedAgainAndShownAtEachReport) {
     EXPECT_EQ(Recorder::Asserts(), Texts{L"now"});
 }
 
+TEST_F(Client, AFailureIsShownOnTheErrorStreamWhenNobodyTakesIt) {
+    AskForFailures();
+    platform::SetMessageBoxHandler(nullptr);
+    Recorder::SetAnswer(L"INIT", E_FAIL);
+    Recorder::SetOptionAnswer(E_FAIL);
+    testing::internal::CaptureStderr();
+    Assert(false, L"x");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Error: BugSlayer Init Failed.\n");
+}
+
 TEST_F(Client, AFailedStartIsNotShownUnlessTheRegistryAsksForIt) {
     platform::CRegistryKey::Create(platform::ERegistryRoot::User, L"Software\\DM Support\\BugSlayer")
         .WriteText(L"Level", L"info");
