@@ -89,7 +89,7 @@ std::wstring DescribeOpenFailure(const tagEngineReport& report, const tagDatabas
     const std::wstring file = L"The database file " + Quoted(place.File);
     if (report.HasAny({isc_instance_conflict, isc_lock_conflict}) || report.SystemError == EAGAIN)
         return file + L" is in use by another process: close that one, or share the database through a server.";
-    if (report.SystemError == ENOENT)
+    if (report.SystemError == ENOENT || report.SystemError == ENOTDIR)
         return file + L" does not exist: create the database first, or correct the path.";
     if (report.SystemError == EACCES || report.SystemError == EPERM || report.SystemError == EROFS ||
         report.Has(isc_no_priv))
