@@ -1,0 +1,45 @@
+#pragma once
+// The end of a wait that may be interrupted and go on.
+
+#include "platform/wait.h"
+
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+#include <optional>
+
+namespace platform {
+
+class CDeadline {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    explicit CDeadline(DWORD timeout) noexcept {
+        if (timeout != Infinite)
+            m_End = Clock::now() + std::chrono::milliseconds(timeout);
+    }
+
+    [[nodiscard]] bool IsInfinite() const noexcept { return !m_End; }
+    [[nodiscard]] Clock::time_point End() const noexcept { return *m_End; }
+    [[nodiscard]] bool IsOver() const noexcept { return m_End && Clock::now() >= *m_End; }
+    void BringForward(Clock::time_point end) noexcept {
+        if (!m_End || end < *m_End)
+            m_End = end;
+    }
+    // For a system call: null for ever. Points into this object.
+    [[nodiscard]] const timespec* Remaining() noexcept {
+        if (!m_End)
+            return nullptr;
+        const auto left = std::max(Clock::duration::zero(), *m_End - Clock::now());
+        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
+        m_Remaining.tv_sec = seconds.count();
+        m_Remaining.tv_nsec = std::chrono::nanoseconds(left - seconds).count();
+        return &m_Remaining;
+    }
+
+private:
+    std::optional<Clock::time_point> m_End;
+    timespec m_Remaining{};
+};
+
+} // namespace platform
