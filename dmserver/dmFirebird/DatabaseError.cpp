@@ -25,9 +25,12 @@ struct tagSentence {
 constexpr tagSentence Sentences[] = {
     {isc_read_only_trans,
      L"The statement writes, but its transaction only reads: use a transaction of its own for it."},
+    {isc_update_conflict,
+     L"Another transaction has changed the same row, or is still changing it after the time for "
+     L"which this one waits: try again when it is finished."},
     {isc_lock_timeout,
-     L"Another transaction has been changing the same rows for too long: try again when it is finished."},
-    {isc_update_conflict, L"Another transaction has just changed the same row: read it anew and try again."},
+     L"Another transaction has held what this one needs for longer than this one waits: try again "
+     L"when it is finished."},
     {isc_deadlock, L"Two transactions wait for each other's rows: try again."},
     {isc_lock_conflict, L"Another transaction holds what this one needs: try again when it is finished."},
     {isc_unique_key_violation, L"A row with this key exists already: update it, or use another key."},
