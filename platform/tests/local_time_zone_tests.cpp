@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+#include <vector>
+
 namespace {
 
 using namespace platform;
@@ -89,6 +92,20 @@ TEST_F(LocalTimeZone, WhatNamesNoZoneIsInvalidAndLeavesTheRecordAlone) {
         EXPECT_EQ(TimeZoneIdInvalid, GetTimeZoneInformation(&zone));
         EXPECT_TRUE(zone == before);
     }
+}
+
+TEST_F(LocalTimeZone, ManyThreadsMayAskWhileTheFileIsReplaced) {
+    const CScopedEnvironment environment(L"TZ", WriteZone("/usr/share/zoneinfo/Asia/Tokyo"));
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([] {
+            for (int call = 0; call < 200; ++call) {
+                TIME_ZONE_INFORMATION zone{};
+                EXPECT_EQ(TimeZoneIdUnknown, GetTimeZoneInformation(&zone));
+                EXPECT_TRUE(zone.Bias == -540 || zone.Bias == -330) << zone.Bias;
+            }
+        });
+    WriteZone("/usr/share/zoneinfo/Asia/Kolkata");
 }
 
 } // namespace
