@@ -1,6 +1,7 @@
 #include "CellText.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -40,15 +41,21 @@ std::optional<T> ParseWhole(std::string_view text) {
     return value;
 }
 
-// The digits before `separator`, or all that is left; takes both away from `text`.
-std::optional<unsigned> TakeNumber(std::string_view& text, char separator) {
-    const std::size_t end = std::min(text.find(separator), text.size());
-    const std::string_view digits = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
-    if (digits.empty() || digits.size() > 4 ||
-        !std::ranges::all_of(digits, [](char c) { return c >= '0' && c <= '9'; }))
+std::optional<unsigned> ParseDigits(std::string_view text) {
+    const bool isDigits = std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
+    return isDigits && text.size() <= 4 ? ParseWhole<unsigned>(text) : std::nullopt;
+}
+
+// Exactly three numbers of up to four digits.
+std::optional<std::array<unsigned, 3>> ParseThree(std::string_view text, char separator) {
+    const std::size_t first = text.find(separator);
+    const std::size_t second = first == std::string_view::npos ? first : text.find(separator, first + 1);
+    if (second == std::string_view::npos)
         return std::nullopt;
-    return ParseWhole<unsigned>(digits);
+    const auto a = ParseDigits(text.substr(0, first));
+    const auto b = ParseDigits(text.substr(first + 1, second - first - 1));
+    const auto c = ParseDigits(text.substr(second + 1));
+    return a && b && c ? std::optional(std::array{*a, *b, *c}) : std::nullopt;
 }
 
 template <class T>
@@ -90,32 +97,33 @@ std::optional<double> ParseReal(std::string_view text) {
 
 std::optional<std::int64_t> ParseDate(std::string_view text) {
     text = Trim(text);
-    const auto day = TakeNumber(text, '.');
-    const auto month = TakeNumber(text, '.');
-    const auto year = TakeNumber(text, '.');
-    if (!day || !month || !year || !text.empty())
-        return std::nullopt;
-    const year_month_day date(std::chrono::year(static_cast<int>(*year)), std::chrono::month(*month),
-                              std::chrono::day(*day));
-    if (!date.ok() || *year == 0)
+    const auto parts = ParseThree(text, '.');
+    if (!parts)
+        return ParseWhole<std::int64_t>(WithoutPlus(text));
+    const auto [day, month, year] = *parts;
+    const year_month_day date(std::chrono::year(static_cast<int>(year)), std::chrono::month(month),
+                              std::chrono::day(day));
+    if (!date.ok() || year == 0)
         return std::nullopt;
     return (sys_days(date) - Epoch).count();
 }
 
 std::optional<std::int64_t> ParseTime(std::string_view text) {
     text = Trim(text);
+    if (const auto number = ParseWhole<std::int64_t>(WithoutPlus(text)))
+        return number;
     if (const std::size_t point = text.find('.'); point != std::string_view::npos) {
-        const std::string_view fraction = text.substr(point + 1);
-        if (fraction.find_first_not_of("0123456789") != std::string_view::npos)
+        if (text.find_first_not_of("0123456789", point + 1) != std::string_view::npos)
             return std::nullopt;
         text = text.substr(0, point);
     }
-    const auto hour = TakeNumber(text, ':');
-    const auto minute = TakeNumber(text, ':');
-    const auto second = TakeNumber(text, ':');
-    if (!hour || !minute || !second || !text.empty() || *hour > 23 || *minute > 59 || *second > 59)
+    const auto parts = ParseThree(text, ':');
+    if (!parts)
         return std::nullopt;
-    return std::int64_t{*hour} * 3600 + *minute * 60 + *second;
+    const auto [hour, minute, second] = *parts;
+    if (hour > 23 || minute > 59 || second > 59)
+        return std::nullopt;
+    return std::int64_t{hour} * 3600 + minute * 60 + second;
 }
 
 std::string_view WriteInteger(std::int64_t value, std::string& scratch) { return Write(value, scratch); }

@@ -3,6 +3,7 @@
 //   number   an optional sign, digits, a decimal point, an exponent; written in the fewest digits that read back
 //   date     DD.MM.YYYY of a day number counted from 30 December 1899; years 1 to 9999 of the Gregorian calendar
 //   time     HH:MM:SS of seconds since midnight; a fraction is accepted and dropped
+// For a date or a time a whole number is accepted too: the day, the seconds.
 //
 // Blanks around a value are accepted. Whatever else is left over makes the text no value.
 #pragma once

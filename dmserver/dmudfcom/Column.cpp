@@ -200,7 +200,7 @@ bool CColumn::SetText(Row row, std::string_view text) {
         value = ParseDate(text);
     else if (m_Type == EColumnType::Time)
         value = ParseTime(text);
-    if (!value)
+    else
         value = ParseInteger(text);
     return SetInteger(row, value.value_or(0)) && value.has_value();
 }

@@ -263,9 +263,7 @@ HRESULT CdmField::ReadMoment(LONG* target, EColumnType own) const {
             return false; // a day has no time, a time no day
         std::string scratch;
         const std::string_view text = column.Text(row, scratch);
-        auto value = own == EColumnType::Date ? ParseDate(text) : ParseTime(text);
-        if (!value)
-            value = ParseInteger(text);
+        const auto value = own == EColumnType::Date ? ParseDate(text) : ParseTime(text);
         if (!value || !std::in_range<LONG>(*value))
             return false;
         *target = static_cast<LONG>(*value);

@@ -22,9 +22,10 @@
 //     text to number      blanks around it, a sign, digits, a decimal point, an exponent; to a whole number the
 //                         fraction is cut off. Anything left over makes it no number. A date text is no number.
 //     number to text      the fewest digits that read back as the same value, with a decimal point
-//     date, time to text  DD.MM.YYYY and HH:MM:SS; a day outside years 1 to 9999, or seconds outside a day, as a
-//     number text to date, time  those forms, a fraction of a second dropped; a whole number is taken as the day or
-//     seconds date, time          as numbers: days since 30 December 1899, seconds since midnight
+//     date, time to text  DD.MM.YYYY and HH:MM:SS; a day outside years 1 to 9999, or seconds outside a day, is
+//                         written as the number it is
+//     text to date, time  those forms, a fraction of a second dropped; a whole number is the day or the seconds
+//     date, time          as numbers: days since 30 December 1899, seconds since midnight
 #pragma once
 
 #include "platform/com/dispatch.h"

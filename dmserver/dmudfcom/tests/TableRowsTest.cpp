@@ -1,0 +1,287 @@
+// Moving rows in bulk, and what they cost.
+#include "HeapCount.h"
+#include "TableFixture.h"
+
+namespace dmudfcom_tests {
+
+namespace {
+
+constexpr ULONG ManyRows = 100000;
+
+std::string DistinctText(ULONG row) {
+    return "Description of symbol number " + std::to_string(row * 7919 % 1000003);
+}
+
+} // namespace
+
+TEST_F(TableTest, ColumnsOfKnownNamesHaveTheMapsTypeAndOthersTheFallback) {
+    EXPECT_EQ(m_Rows->AddColumn("expiration_date", EColumnType::Text), 0U);
+    EXPECT_EQ(m_Rows->AddColumn("COMPUTED", EColumnType::Double), 1U);
+    EXPECT_EQ(m_Rows->AddColumn("EXPIRATION_DATE", EColumnType::Text), 0U);
+    EXPECT_EQ(m_Rows->ColumnCount(), 2U);
+    EXPECT_EQ(m_Rows->ColumnType(0), EColumnType::Date);
+    EXPECT_EQ(m_Rows->ColumnName(0), "EXPIRATION_DATE");
+    EXPECT_EQ(m_Rows->ColumnType(1), EColumnType::Double);
+    EXPECT_EQ(m_Rows->FindColumn("Computed"), 1);
+    EXPECT_EQ(m_Rows->FindColumn("NOTHING"), -1);
+    EXPECT_TRUE(FieldOf(*m_Table, fieldExpirationDate));
+}
+
+TEST_F(TableTest, TheCountOfAGuardIsReadBackThroughTheFieldOfItsAlias) {
+    m_Rows->AppendRow();
+    m_Rows->PutInteger(m_Rows->AddColumn("DATA_FEED", EColumnType::Int64), 3);
+    m_Table->First();
+    EXPECT_EQ(LongOf(*FieldOf(*m_Table, 207)), 3);
+}
+
+TEST_F(TableTest, CellsOfANewRowAreNullUntilPut) {
+    AddField(L"A", EColumnType::Long);
+    AddField(L"B", EColumnType::Text);
+    m_Rows->AppendRow();
+    m_Rows->PutInteger(0, 1);
+    m_Rows->AppendRow();
+    m_Rows->PutText(1, "x");
+    m_Rows->AppendRow();
+    std::string scratch;
+    EXPECT_EQ(m_Rows->RowCount(), 3U);
+    EXPECT_FALSE(m_Rows->IsNull(0, 0));
+    EXPECT_TRUE(m_Rows->IsNull(1, 0));
+    EXPECT_TRUE(m_Rows->IsNull(2, 0));
+    EXPECT_TRUE(m_Rows->IsNull(0, 1));
+    EXPECT_EQ(m_Rows->Text(1, 1, scratch), "x");
+    EXPECT_TRUE(m_Rows->IsNull(2, 1));
+    EXPECT_EQ(m_Rows->Integer(1, 0), 0);
+    EXPECT_EQ(m_Rows->Real(1, 0), 0);
+    EXPECT_EQ(m_Rows->Text(0, 1, scratch), "");
+}
+
+TEST_F(TableTest, ValuesAreConvertedToTheColumnsType) {
+    AddField(L"N", EColumnType::Long);
+    AddField(L"R", EColumnType::Double);
+    AddField(L"T", EColumnType::Text);
+    AddField(L"D", EColumnType::Date);
+    AddField(L"S", EColumnType::Time);
+    m_Rows->AppendRow();
+    m_Rows->PutReal(0, 3.9);
+    m_Rows->PutInteger(1, 7);
+    m_Rows->PutInteger(2, -5);
+    m_Rows->PutText(3, "29.02.2000");
+    m_Rows->PutText(4, "02:00:00.0000");
+    std::string scratch;
+    EXPECT_EQ(m_Rows->Integer(0, 0), 3);
+    EXPECT_EQ(m_Rows->Real(0, 1), 7.0);
+    EXPECT_EQ(m_Rows->Text(0, 2, scratch), "-5");
+    EXPECT_EQ(m_Rows->Integer(0, 3), 36585);
+    EXPECT_EQ(m_Rows->Text(0, 3, scratch), "29.02.2000");
+    EXPECT_EQ(m_Rows->Integer(0, 4), 7200);
+}
+
+TEST_F(TableTest, DaysAndSecondsAreWrittenOutInATextColumn) {
+    AddField(L"T", EColumnType::Text);
+    AddField(L"U", EColumnType::Text);
+    AddField(L"D", EColumnType::Date);
+    AddField(L"S", EColumnType::Time);
+    m_Rows->AppendRow();
+    m_Rows->PutDay(0, 36585);
+    m_Rows->PutSeconds(1, 7200);
+    m_Rows->PutDay(2, 36585);
+    m_Rows->PutSeconds(3, 7200);
+    std::string scratch;
+    EXPECT_EQ(m_Rows->Text(0, 0, scratch), "29.02.2000");
+    EXPECT_EQ(m_Rows->Text(0, 1, scratch), "02:00:00");
+    EXPECT_EQ(m_Rows->Integer(0, 2), 36585);
+    EXPECT_EQ(m_Rows->Integer(0, 3), 7200);
+}
+
+TEST_F(TableTest, RowsThatAreThereCanBeWritten) {
+    AddField(L"N", EColumnType::Long);
+    AddField(L"T", EColumnType::Text);
+    for (LONG i = 0; i < 3; ++i)
+        m_Rows->AppendRow();
+    m_Rows->SetInteger(2, 0, 5);
+    m_Rows->SetReal(0, 0, 6.5);
+    m_Rows->SetText(1, 1, "b");
+    std::string scratch;
+    EXPECT_EQ(m_Rows->Integer(2, 0), 5);
+    EXPECT_EQ(m_Rows->Integer(0, 0), 6);
+    EXPECT_TRUE(m_Rows->IsNull(1, 0));
+    EXPECT_EQ(m_Rows->Text(1, 1, scratch), "b");
+    m_Rows->SetNull(1, 1);
+    EXPECT_TRUE(m_Rows->IsNull(1, 1));
+}
+
+TEST_F(TableTest, RowsCountInRecordOrderAfterAnInsertion) {
+    AddField(L"N", EColumnType::Long);
+    const auto field = FieldOf(*m_Table, L"N");
+    AppendLong(*field, 1);
+    AppendLong(*field, 2);
+    m_Table->Append();
+    field->put_AsLong(3);
+    m_Table->PostTo(0);
+    EXPECT_EQ(m_Rows->Integer(0, 0), 3);
+    EXPECT_EQ(m_Rows->Integer(2, 0), 2);
+    m_Rows->AppendRow();
+    m_Rows->PutInteger(0, 4);
+    EXPECT_EQ(m_Rows->Integer(3, 0), 4);
+}
+
+TEST_F(TableTest, TextsOfEveryLengthAcrossBlocksComeBack) {
+    AddField(L"T", EColumnType::Text);
+    std::vector<std::string> texts;
+    for (std::size_t size : {0, 1, 127, 128, 16382, 16383, 16384, 16385, 40000, 3, 70000, 5})
+        texts.push_back(std::string(size, static_cast<char>('a' + texts.size())));
+    for (ULONG i = 0; i < 3000; ++i)
+        texts.push_back(DistinctText(i));
+    for (const std::string& text : texts) {
+        m_Rows->AppendRow();
+        m_Rows->PutText(0, text);
+    }
+    std::string scratch;
+    for (ULONG row = 0; row < texts.size(); ++row)
+        ASSERT_EQ(m_Rows->Text(row, 0, scratch), texts[row]) << row;
+}
+
+TEST_F(TableTest, ATextOfTheTableItselfCanBePutAgain) {
+    AddField(L"T", EColumnType::Text);
+    m_Rows->AppendRow();
+    m_Rows->PutText(0, "a text of the table");
+    std::string scratch;
+    for (ULONG row = 0; row < 2000; ++row) {
+        m_Rows->AppendRow();
+        m_Rows->PutText(0, m_Rows->Text(row, 0, scratch).substr(row % 2));
+        m_Rows->SetText(row + 1, 0, "a text of the table" + std::to_string(row));
+    }
+    EXPECT_EQ(m_Rows->Text(2000, 0, scratch), "a text of the table1999");
+}
+
+TEST_F(TableTest, RepeatedTextsAreStoredOnce) {
+    AddField(L"T", EColumnType::Text);
+    const std::string zone(100, 'z');
+    for (ULONG row = 0; row < ManyRows; ++row) {
+        m_Rows->AppendRow();
+        m_Rows->PutText(0, zone + std::to_string(row % 50));
+    }
+    EXPECT_LT(m_Rows->MemoryUse(), ManyRows * 4 * 1.1 + 32768);
+    std::string scratch;
+    EXPECT_EQ(m_Rows->Text(ManyRows - 1, 0, scratch), zone + std::to_string((ManyRows - 1) % 50));
+}
+
+TEST_F(TableTest, WritingOverTextsForeverDoesNotFillTheMemory) {
+    AddField(L"T", EColumnType::Text);
+    for (ULONG row = 0; row < 10; ++row)
+        m_Rows->AppendRow();
+    for (ULONG i = 0; i < ManyRows; ++i)
+        m_Rows->SetText(i % 10, 0, DistinctText(i));
+    EXPECT_LT(m_Rows->MemoryUse(), 400000U);
+    std::string scratch;
+    EXPECT_EQ(m_Rows->Text(9, 0, scratch), DistinctText(ManyRows - 1));
+}
+
+TEST_F(TableTest, AppendingAndDeletingForeverDoesNotFillTheMemory) {
+    AddField(L"N", EColumnType::Long);
+    const auto field = FieldOf(*m_Table, L"N");
+    AppendLong(*field, -1);
+    AppendLong(*field, -2);
+    for (LONG i = 0; i < 20000; ++i) {
+        AppendLong(*field, i);
+        m_Table->First();
+        ASSERT_EQ(m_Table->Delete(), S_OK);
+    }
+    EXPECT_LT(m_Rows->MemoryUse(), 4096U);
+}
+
+// A row of the whole portfolio, with what its cells take: a number its 4 or 8 bytes, a text a reference of 4 bytes
+// and, where it is not one of a few that repeat, its characters.
+TEST_F(TableTest, ARowOfThePortfolioCostsNoMoreThanItsCellsAndATenth) {
+    const char* const repeated[] = {"SYMBOL_ROOT",
+                                    "CUSIP",
+                                    "DATA_FEED_NAME",
+                                    "EXCHANGE_NAME",
+                                    "EXCHANGE_TIME_ZONE_INFORMATION",
+                                    "SESSIONS_STRING",
+                                    "SESSIONS_TIME_ZONE_INFORMATION"};
+    const char* const distinct[] = {"SYMBOL_NAME", "DESCRIPTION"};
+    const char* const reals[] = {"POINT_VALUE", "MIN_MOVEMENT", "STRIKE_PRICE"};
+    const char* const whole[] = {"SYMBOL",          "CATEGORY",      "DATA_FEED",       "EXCHANGE",
+                                 "SETTING_TYPE",    "SETTING",       "CUSTOM_SETTING",  "PRICE_SCALE",
+                                 "DAILY_LIMIT",     "SESSION_TYPE",  "CUSTOM_SESSION",  "TEMPLATE_SESSION",
+                                 "CONTRACT_MONTH",  "CONTRACT_YEAR", "CALL_PUT",        "MARGIN",
+                                 "EXPIRATION_DATE", "EXPIRED",       "EXPIRATION_RULE", "FIRST_NOTICE_DATE",
+                                 "DELIVERY",        "EXCHANGE_GMT",  "LOCAL_GMT"};
+    static_assert(std::size(repeated) + std::size(distinct) + std::size(reals) + std::size(whole) == 35);
+    const std::size_t before = HeapBytes();
+    m_Table = MakeTable();
+    m_Rows = m_Table.As<ITableRows>();
+    for (const auto names : {std::span<const char* const>(repeated), std::span<const char* const>(distinct),
+                             std::span<const char* const>(reals), std::span<const char* const>(whole)})
+        for (const char* name : names)
+            m_Rows->AddColumn(name, EColumnType::Text);
+    double cells = 0;
+    for (ULONG row = 0; row < ManyRows; ++row) {
+        m_Rows->AppendRow();
+        ULONG column = 0;
+        for (; column < 7; ++column)
+            m_Rows->PutText(column, "one of a few texts " + std::to_string(row * 31 % (10 * (column + 1))));
+        for (; column < 9; ++column) {
+            const std::string text = DistinctText(row + column);
+            m_Rows->PutText(column, text);
+            cells += static_cast<double>(text.size());
+        }
+        for (; column < 12; ++column)
+            m_Rows->PutReal(column, row * 0.25);
+        for (; column < 35; ++column)
+            m_Rows->PutInteger(column, row + column);
+    }
+    cells += ManyRows * (9.0 * 4 + 3 * 8 + 23 * 4);
+    const auto used = static_cast<double>(HeapBytes() - before);
+    EXPECT_LE(used, cells * 1.10);
+    EXPECT_NEAR(static_cast<double>(m_Rows->MemoryUse()), used, used * 0.02);
+    RecordProperty("bytes_per_row", static_cast<int>(used / ManyRows));
+}
+
+TEST_F(TableTest, AppendingTakesMemoryByTheChunkAndNotByTheRow) {
+    AddField(L"A", EColumnType::Long);
+    AddField(L"B", EColumnType::Double);
+    const std::size_t before = HeapAllocations();
+    for (ULONG row = 0; row < ManyRows; ++row) {
+        m_Rows->AppendRow();
+        m_Rows->PutInteger(0, row);
+        m_Rows->PutReal(1, row);
+    }
+    EXPECT_LT(HeapAllocations() - before, 2U * (ManyRows / 1024 + 30));
+}
+
+TEST_F(TableTest, ATableOfOneRowIsSmall) {
+    const std::size_t before = HeapBytes();
+    m_Table = MakeTable();
+    m_Rows = m_Table.As<ITableRows>();
+    m_Rows->AddColumn("DATA_FEED", EColumnType::Long);
+    m_Rows->AppendRow();
+    m_Rows->PutInteger(0, 1);
+    EXPECT_LT(HeapBytes() - before, 2048U);
+}
+
+TEST_F(TableTest, AColumnNeverWrittenCostsNothingPerRow) {
+    AddField(L"A", EColumnType::Long);
+    AddField(L"EMPTY", EColumnType::Double);
+    for (ULONG row = 0; row < ManyRows; ++row) {
+        m_Rows->AppendRow();
+        m_Rows->PutInteger(0, row);
+    }
+    EXPECT_LT(m_Rows->MemoryUse(), ManyRows * 4 * 1.1);
+    EXPECT_TRUE(m_Rows->IsNull(ManyRows - 1, 1));
+}
+
+TEST_F(TableTest, ReadingThroughAHeldFieldTakesNoMemory) {
+    m_Table->AddFieldById(fieldSymbol, 0, 0, 0);
+    const auto field = FieldOf(*m_Table, fieldSymbol);
+    AppendLong(*field, 3);
+    const std::size_t before = HeapAllocations();
+    LONG value = 0;
+    for (LONG i = 0; i < 100; ++i)
+        field->get_AsLong(&value);
+    EXPECT_EQ(HeapAllocations(), before);
+    EXPECT_EQ(value, 3);
+}
+
+} // namespace dmudfcom_tests
