@@ -9,6 +9,12 @@ namespace IDM_dmFirebird {
 
 using platform::ViewOf;
 
+namespace {
+
+constexpr const wchar_t* NotOpen = L"The database is not open: open it first.";
+
+} // namespace
+
 HRESULT CdmDatabase::Open(BSTR Path, BSTR UserName, BSTR Password) {
     return ConnectBy(&CConnection::Open, Path, UserName, Password);
 }
@@ -39,8 +45,10 @@ HRESULT CdmDatabase::Close() {
 
 HRESULT CdmDatabase::Drop() {
     return Guard(m_Errors, [this] {
-        Connection()->Drop();
-        TakeConnection();
+        const auto connection = TakeConnection();
+        if (!connection)
+            throw CDatabaseError(E_UNEXPECTED, NotOpen);
+        connection->Drop();
     });
 }
 
@@ -52,7 +60,7 @@ std::shared_ptr<CConnection> CdmDatabase::TakeConnection() {
 std::shared_ptr<CConnection> CdmDatabase::Connection() {
     const std::lock_guard lock(m_Mutex);
     if (!m_Connection)
-        throw CDatabaseError(E_UNEXPECTED, L"The database is not open: open it first.");
+        throw CDatabaseError(E_UNEXPECTED, NotOpen);
     return m_Connection;
 }
 

@@ -34,6 +34,35 @@ std::wstring Parent(const std::wstring& file) {
     return separator == std::wstring::npos ? L"." : separator == 0 ? L"/" : file.substr(0, separator);
 }
 
+struct tagSystemWords {
+    int Error;
+    const wchar_t* Words;
+};
+constexpr tagSystemWords SystemWords[] = {
+    {ENOENT, L"; No such file or directory"},
+    {EACCES, L"; Permission denied"},
+    {EEXIST, L"; File exists"},
+    {ENOTDIR, L"; Not a directory"},
+    {EISDIR, L"; Is a directory"},
+    {ENOSPC, L"; No space left on device"},
+    {EROFS, L"; Read-only file system"},
+};
+
+// A server sends its system's error as words alone.
+int SystemErrorOf(const tagEngineReport& report) {
+    if (report.SystemError != 0)
+        return report.SystemError;
+    for (const tagSystemWords& known : SystemWords)
+        if (report.Text.find(known.Words) != std::wstring::npos)
+            return known.Error;
+    return 0;
+}
+
+bool IsForbidden(const tagEngineReport& report) {
+    const int error = SystemErrorOf(report);
+    return error == EACCES || error == EPERM || error == EROFS || report.Has(isc_no_priv);
+}
+
 constexpr const wchar_t* EngineMissing = L"the embedded database engine is missing: install the package "
                                          L"firebird3.0-server-core, or name a server in the "
                                          L"path as host:path.";
@@ -87,14 +116,13 @@ std::wstring DescribeOpenFailure(const tagEngineReport& report, const tagDatabas
     if (std::wstring refusal = DescribeRefusal(report, place, userName); !refusal.empty())
         return refusal;
     const std::wstring file = L"The database file " + Quoted(place.File);
-    if (report.HasAny({isc_instance_conflict, isc_lock_conflict}) || report.SystemError == EAGAIN)
+    if (report.HasAny({isc_instance_conflict, isc_already_opened, isc_lock_conflict}))
         return file + L" is in use by another process: close that one, or share the database through a server.";
-    if (report.SystemError == ENOENT || report.SystemError == ENOTDIR)
+    if (SystemErrorOf(report) == ENOENT || SystemErrorOf(report) == ENOTDIR)
         return file + L" does not exist: create the database first, or correct the path.";
-    if (report.SystemError == EACCES || report.SystemError == EPERM || report.SystemError == EROFS ||
-        report.Has(isc_no_priv))
+    if (IsForbidden(report))
         return file + L" may not be read and written by this user: change the file's permissions.";
-    if (report.SystemError == EISDIR)
+    if (SystemErrorOf(report) == EISDIR)
         return file + L" is a directory: name a file in it.";
     if (report.HasAny({isc_bad_db_format, isc_wrong_ods, isc_badodsver, isc_io_read_err, isc_random}))
         return file + L" is no database that this engine can read: correct the path, or restore the file from a "
@@ -107,15 +135,14 @@ std::wstring DescribeCreateFailure(const tagEngineReport& report, const tagDatab
     if (std::wstring refusal = DescribeRefusal(report, place, userName); !refusal.empty())
         return refusal;
     const std::wstring file = L"The database file " + Quoted(place.File);
-    if (report.SystemError == EEXIST || report.HasAny({isc_db_or_file_exists, isc_file_in_use}))
+    if (SystemErrorOf(report) == EEXIST || report.HasAny({isc_db_or_file_exists, isc_file_in_use, isc_obj_in_use}))
         return file + L" exists already and is left as it is: open it, or choose another path.";
-    if (report.SystemError == ENOENT || report.SystemError == ENOTDIR)
+    if (SystemErrorOf(report) == ENOENT || SystemErrorOf(report) == ENOTDIR)
         return file + L" cannot be created because the directory " + Quoted(Parent(place.File)) +
                L" does not exist: create the directory first.";
-    if (report.SystemError == EACCES || report.SystemError == EPERM || report.SystemError == EROFS ||
-        report.Has(isc_no_priv))
+    if (IsForbidden(report))
         return file + L" may not be created by this user: change the directory's permissions.";
-    if (report.SystemError == ENOSPC)
+    if (SystemErrorOf(report) == ENOSPC)
         return file + L" cannot be created because the disk is full.";
     return file + L" cannot be created.";
 }

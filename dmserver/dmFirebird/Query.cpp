@@ -138,7 +138,6 @@ void CQuery::RunOnce() {
 }
 
 void CQuery::KeepRowsOfCursor() {
-    m_IsAtEnd = false;
     m_Cursor.reset(m_Statement->Handle().openCursor(&Status(), m_Part, Input(), InputBuffer(),
                                                     m_Statement->OutputMetadata(), 0));
     while (ReadRow())
@@ -159,18 +158,17 @@ bool CQuery::OpenNextCursor() {
         m_Message->LoadRecord(m_NextRecord);
     ++m_NextRecord;
     m_Part = &m_Transaction->ForReading();
-    m_IsAtEnd = false;
     m_Cursor.reset(m_Statement->Handle().openCursor(&Status(), m_Part, Input(), InputBuffer(),
                                                     m_Statement->OutputMetadata(), 0));
     return true;
 }
 
-// A cursor over a procedure must not be read again behind its end.
+// A cursor that has given its last row is closed: one over a procedure must not be read again behind its end.
 bool CQuery::ReadRow() {
-    if (m_IsAtEnd)
-        return false;
-    m_IsAtEnd = m_Cursor->fetchNext(&Status(), m_Statement->RowBuffer().data()) != IStatus::RESULT_OK;
-    return !m_IsAtEnd;
+    if (m_Cursor->fetchNext(&Status(), m_Statement->RowBuffer().data()) == IStatus::RESULT_OK) [[likely]]
+        return true;
+    CloseCursor();
+    return false;
 }
 
 void CQuery::Fetch(LONG count, LONG& delivered) {

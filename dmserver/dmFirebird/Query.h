@@ -78,7 +78,6 @@ private:
     CFbPtr<Firebird::IResultSet> m_Cursor;
     ULONG m_NextRecord = 0;
     bool m_HasRow = false;             // a row of the cursor lies in the statement's buffer
-    bool m_IsAtEnd = false;            // of the open cursor
     bool m_StartedTransaction = false; // no statement ran before this one
     std::uint64_t m_Delivered = 0;
     // The rows of a statement that has run to its end, one message after another.

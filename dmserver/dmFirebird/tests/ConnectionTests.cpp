@@ -160,6 +160,26 @@ TEST_F(Connection, CloseTwiceIsNoError) {
     EXPECT_EQ(S_OK, NewDatabase()->Close());
 }
 
+TEST_F(Connection, DropRemovesTheFileAndEndsWhatIsOpen) {
+    const auto query = NewQuery(Database());
+    ASSERT_EQ(S_OK, Open(*query, L"SELECT 1 AS A FROM RDB$DATABASE"));
+    EXPECT_EQ(S_OK, Database().Drop());
+    EXPECT_FALSE(platform::Exists(platform::ToPath(Path())));
+    LONG count = 0;
+    EXPECT_EQ(E_UNEXPECTED, query->Fetch(&count));
+    EXPECT_EQ(E_UNEXPECTED, Database().Drop());
+    EXPECT_EQ(S_OK, Create(Database(), Path()));
+}
+
+TEST_F(Connection, DropIsRefusedWhileAnotherConnectionIsOpen) {
+    const auto other = NewDatabase();
+    ASSERT_EQ(S_OK, Open(*other, Path()));
+    EXPECT_EQ(E_FAIL, Database().Drop());
+    EXPECT_TRUE(platform::Exists(platform::ToPath(Path())));
+    EXPECT_EQ(S_OK, Open(Database(), Path()));
+    EXPECT_EQ(1, Number(L"SELECT 1 FROM RDB$DATABASE"));
+}
+
 TEST_F(Connection, UseOfAClosedDatabaseIsRefused) {
     EXPECT_EQ(S_OK, Database().Close());
     CComPtr<IdmDatabaseTransaction> transaction;
