@@ -6,8 +6,7 @@
 // that counts, not the changes listed for single years. A rule that months, weeks and weekdays cannot tell takes
 // its nearest form:
 //   - 24:00 of a day becomes 23:59:59.999 of that day;
-//   - a day counted from the start of the year, or a time outside the day named, becomes the month, week and
-//   weekday
+//   - a day counted from the year's start, or a time outside the day named, becomes the month, week and weekday
 //     on which it falls in the current year, and so may be a week off in another;
 //   - daylight saving that takes the clock back in winter becomes one that puts it forward in summer;
 //   - daylight saving all the year round becomes a standard time;
