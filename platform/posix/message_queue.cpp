@@ -28,11 +28,13 @@ std::optional<std::intptr_t> CWindowHandle::Send(DWORD message, std::uintptr_t f
 
 std::optional<std::intptr_t> CWindowHandle::SendTimeout(DWORD message, std::uintptr_t first, std::uintptr_t second,
                                                         bool block, DWORD timeout) const {
-    if (!m_Queue) {
+    // The handle may go with its window meanwhile.
+    const std::shared_ptr<CMessageQueue> queue = m_Queue;
+    if (!queue) {
         errno = ESRCH;
         return std::nullopt;
     }
-    return m_Queue->Send({m_Window, message, first, second}, block, timeout);
+    return queue->Send({m_Window, message, first, second}, block, timeout);
 }
 
 bool CWindowHandle::Exists() const { return m_Queue && m_Queue->Has(m_Window); }
