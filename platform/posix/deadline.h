@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <chrono>
 #include <ctime>
-#include <optional>
 
 namespace platform {
 
@@ -14,23 +13,24 @@ class CDeadline {
 public:
     using Clock = std::chrono::steady_clock;
 
-    explicit CDeadline(DWORD timeout) noexcept {
-        if (timeout != Infinite)
+    explicit CDeadline(DWORD timeout) noexcept : m_IsInfinite(timeout == Infinite) {
+        if (!m_IsInfinite)
             m_End = Clock::now() + std::chrono::milliseconds(timeout);
     }
 
-    [[nodiscard]] bool IsInfinite() const noexcept { return !m_End; }
-    [[nodiscard]] Clock::time_point End() const noexcept { return *m_End; }
-    [[nodiscard]] bool IsOver() const noexcept { return m_End && Clock::now() >= *m_End; }
+    [[nodiscard]] bool IsInfinite() const noexcept { return m_IsInfinite; }
+    // Of a finite wait.
+    [[nodiscard]] Clock::time_point End() const noexcept { return m_End; }
+    [[nodiscard]] bool IsOver() const noexcept { return !m_IsInfinite && Clock::now() >= m_End; }
     void BringForward(Clock::time_point end) noexcept {
-        if (!m_End || end < *m_End)
-            m_End = end;
+        m_End = m_IsInfinite ? end : std::min(end, m_End);
+        m_IsInfinite = false;
     }
     // For a system call: null for ever. Points into this object.
     [[nodiscard]] const timespec* Remaining() noexcept {
-        if (!m_End)
+        if (m_IsInfinite)
             return nullptr;
-        const auto left = std::max(Clock::duration::zero(), *m_End - Clock::now());
+        const auto left = std::max(Clock::duration::zero(), m_End - Clock::now());
         const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
         m_Remaining.tv_sec = seconds.count();
         m_Remaining.tv_nsec = std::chrono::nanoseconds(left - seconds).count();
@@ -38,7 +38,8 @@ public:
     }
 
 private:
-    std::optional<Clock::time_point> m_End;
+    bool m_IsInfinite;
+    Clock::time_point m_End{};
     timespec m_Remaining{};
 };
 
