@@ -49,9 +49,10 @@ int CChildProcess::Wait() {
     return m_Parts->Child.exit_code();
 }
 
+// The library's own way of terminating a process does not wait until it is gone.
 void CChildProcess::Kill() {
+    process::system("/bin/sh", "-c", "kill -KILL " + std::to_string(m_Parts->Child.id()));
     std::error_code ignored;
-    m_Parts->Child.terminate(ignored);
     m_Parts->Child.wait(ignored);
 }
 
