@@ -3,6 +3,7 @@
 #include "FieldMap.h"
 
 #include <algorithm>
+#include <new>
 #include <numeric>
 #include <utility>
 
@@ -183,6 +184,14 @@ CReservedRow& CReservedRow::operator=(CReservedRow&& other) noexcept {
     std::swap(m_Row, other.m_Row);
     std::swap(m_Epoch, other.m_Epoch);
     return *this;
+}
+
+CReservedRow::~CReservedRow() {
+    try {
+        Reset();
+    } catch (const std::bad_alloc&) {
+        // The row stays reserved for nobody until the table is cleared.
+    }
 }
 
 Row CReservedRow::Detach() {

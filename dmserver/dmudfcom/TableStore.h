@@ -111,7 +111,7 @@ public:
     explicit CReservedRow(std::shared_ptr<CTableStore> store);
     CReservedRow(CReservedRow&& other) noexcept;
     CReservedRow& operator=(CReservedRow&& other) noexcept;
-    ~CReservedRow() { Reset(); }
+    ~CReservedRow();
 
     // NoRow when there is none, and when the store was cleared in the meantime.
     Row Get() const { return m_Row != NoRow && m_Epoch == m_Store->Epoch() ? m_Row : NoRow; }

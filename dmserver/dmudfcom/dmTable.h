@@ -124,6 +124,7 @@ private:
     HRESULT Matches(CTableIndex::tagRange& range);
     void Show(std::shared_ptr<CTableStore> store);
     HRESULT ShowBytes(const VARIANT& value);
+    Row PlaceOf(ULONG row, ULONG column) const;
     CColumn& BulkColumn(ULONG column) {
         assert(m_BulkRow != NoRow && column < m_Store->FieldCount());
         return m_Store->Edit(column, m_BulkRow);

@@ -50,43 +50,49 @@ void CdmTable::PutSeconds(ULONG column, std::int64_t seconds) {
         PutInteger(column, seconds);
 }
 
+Row CdmTable::PlaceOf(ULONG row, ULONG column) const {
+    assert(row < m_Store->RecordCount() && column < m_Store->FieldCount());
+    (void)column;
+    return m_Store->RecordRow(row);
+}
+
 bool CdmTable::IsNull(ULONG row, ULONG column) const {
-    return m_Store->Column(column).IsNull(m_Store->RecordRow(row));
+    return m_Store->Column(column).IsNull(PlaceOf(row, column));
 }
 
 std::string_view CdmTable::Text(ULONG row, ULONG column, std::string& scratch) const {
-    return m_Store->Column(column).Text(m_Store->RecordRow(row), scratch);
+    return m_Store->Column(column).Text(PlaceOf(row, column), scratch);
 }
 
 std::int64_t CdmTable::Integer(ULONG row, ULONG column) const {
     std::int64_t value;
-    m_Store->Column(column).Integer(m_Store->RecordRow(row), value);
+    m_Store->Column(column).Integer(PlaceOf(row, column), value);
     return value;
 }
 
 double CdmTable::Real(ULONG row, ULONG column) const {
     double value;
-    m_Store->Column(column).Real(m_Store->RecordRow(row), value);
+    m_Store->Column(column).Real(PlaceOf(row, column), value);
     return value;
 }
 
 void CdmTable::SetNull(ULONG row, ULONG column) {
-    const Row place = m_Store->RecordRow(row);
+    const Row place = PlaceOf(row, column);
     m_Store->Edit(column, place).SetNull(place);
 }
 
 void CdmTable::SetText(ULONG row, ULONG column, std::string_view text) {
-    const Row place = m_Store->RecordRow(row);
+    const Row place = PlaceOf(row, column);
     m_Store->Edit(column, place).SetText(place, text);
 }
 
 void CdmTable::SetInteger(ULONG row, ULONG column, std::int64_t value) {
-    const Row place = m_Store->RecordRow(row);
+    const Row place = PlaceOf(row, column);
     m_Store->Edit(column, place).SetInteger(place, value);
 }
 
 void CdmTable::SetReal(ULONG row, ULONG column, double value) {
-    const Row place = m_Store->RecordRow(row);
+    const Row place = PlaceOf(row, column);
     m_Store->Edit(column, place).SetReal(place, value);
 }
 
