@@ -3,12 +3,14 @@
 //     Read       argument tests, storage, operation:  S_OK
 //     Insert     the same; the new key goes out:      S_OK, or S_FALSE when it is less than 1
 //     Change     the same, and the row must exist:    S_OK, or S_FALSE when there is no such row
+//     Notify     the operation's own status:          S_FALSE without a storage
 //
 // A failed argument test gives E_INVALIDARG, a missing storage E_POINTER, in that order, and an exception that
 // comes this far ends in the error guard as E_FAIL.
 #pragma once
 
 #include "diagnostics/interface/BugSlayer.h"
+#include "platform/com/com_error.h"
 #include "qxStorageBase.h"
 
 #include <utility>
@@ -44,6 +46,21 @@ public:
             operation(storage);
             return S_OK;
         });
+    }
+
+    // `operation` takes the storage and returns the status. Without a storage nothing is done.
+    template <class Operation>
+    HRESULT Notify(Operation&& operation) const {
+        return m_Scope.Guard(
+            [&]() -> HRESULT { return m_Object.m_Holder ? operation(*m_Object.m_Holder->GetObject()) : S_FALSE; },
+            E_FAIL);
+    }
+
+    // For methods without a guard of their own: what fails here or below reaches the caller as an exception.
+    sqStorage::CStorage& Storage() const {
+        if (!m_Object.m_Holder)
+            platform::ThrowStatus(E_POINTER, L"the object has no storage");
+        return *m_Object.m_Holder->GetObject();
     }
 
 private:

@@ -68,10 +68,6 @@ HRESULT CqxStorageBase::get_Datafeed(LONG*) { return E_NOTIMPL; }
 HRESULT CqxStorageBase::Load(IdmTable*, IdmTable*) { return E_NOTIMPL; }
 HRESULT CqxStorageBase::Save(IdmTable*, IdmTable*) { return E_NOTIMPL; }
 
-// IqxStorageNotify
-HRESULT CqxStorageBase::AdviseNotify(ULONG, IDispatch*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::UnadviseNotify(ULONG, IDispatch*) { return E_NOTIMPL; }
-
 // IqxAddingSymbol
 HRESULT CqxStorageBase::AddSymbol(BSTR, BSTR, BSTR, BSTR, LONG, LONG, BSTR, LONG, LONG, double, LONG, LONG, LONG,
                                   LONG, LONG, LONG, LONG, LONG*) {
@@ -91,7 +87,6 @@ HRESULT CqxStorageBase::UpdatePortfolioSmart(LONG, BSTR, BSTR, BSTR, BSTR, LONG,
     return E_NOTIMPL;
 }
 HRESULT CqxStorageBase::InsertSymbols(IdmTable*, IdmTable*, LONG) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::SendNotify(LONG) { return E_NOTIMPL; }
 
 // IqxNativePortfolio
 HRESULT CqxStorageBase::UpdatePortfolioNative(LONG, BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG,

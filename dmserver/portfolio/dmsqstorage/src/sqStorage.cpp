@@ -8,6 +8,7 @@
 #include "platform/com/com_error.h"
 #include "platform/text.h"
 #include "schema/interface/Schema.h"
+#include "unicomp/LocalRPC/interface/TaskFactory.h"
 
 #include <fmt/printf.h>
 #include <fmt/xchar.h>
@@ -43,6 +44,7 @@ CStorage::CStorage()
 CStorage::~CStorage() {
     const BugSlayerUtil::CScope scope(this);
     scope.Guard([&] {
+        m_NotifyObject.Stop(true, true);
         m_IdGenerator.reset();
         if (m_Database)
             m_Database->Close();
@@ -50,16 +52,16 @@ CStorage::~CStorage() {
     });
 }
 
-void CStorage::FinalConstruct() {}
+// Started a second time: the window that is left belongs to the thread that creates the storage, whoever built it.
+void CStorage::FinalConstruct() { m_NotifyObject.Start(); }
 
 void CStorage::FinalRelease() { const BugSlayerUtil::CScope scope(this); }
 
 void CStorage::init() {
     const BugSlayerUtil::CScope scope(this);
-    if (m_Initialized.load() != 0)
-        return;
-    const std::lock_guard lock(m_InitLock);
-    init_impl();
+    if (m_Initialized.load() == 0)
+        LocalRPC::CallSync(
+            m_InitObject, [this] { init_impl(); }, platform::Infinite);
 }
 
 void CStorage::init_impl() {

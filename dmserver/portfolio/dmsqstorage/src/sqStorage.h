@@ -19,15 +19,15 @@
 #include "DatabaseRequest.h"
 #include "IDataAccessor.h"
 #include "IdGenerator.h"
+#include "NotifySinks.h"
 #include "dmserver/dmSingleton/interface/CriticalSection.h"
+#include "unicomp/LocalRPC/interface/AO_ThreadTransport.h"
+#include "unicomp/LocalRPC/interface/AO_WndMsgPumpTransport.h"
 
-#include <array>
 #include <atomic>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <vector>
 
 namespace BugSlayerUtil {
 class CScope;
@@ -44,9 +44,6 @@ enum tagNOTIFYMASK : ULONG {
     notifySetting = 0x20,
 };
 
-// The kinds of change: bits 0 to 19.
-inline constexpr std::size_t NotifyBitCount = 20;
-
 class CStorage : public dm::CCriticalSection, public IDataAccessor {
 public:
     CStorage();
@@ -56,7 +53,7 @@ public:
     void FinalConstruct();
     void FinalRelease();
 
-    // Opens the database unless that was done. Concurrent callers wait for the one that does it.
+    // Opens the database unless that was done, on a thread of its own, and returns when that has run.
     void init();
     // More than 0 once the database is open.
     LONG DatabaseOpened() const { return m_DatabaseOpened; }
@@ -64,7 +61,12 @@ public:
     // Runs one statement in a transaction of its own and returns the number of rows that came.
     LONG Execute(const wchar_t* sql, IDispatch* parameters, IDispatch* results);
 
-    // Tells the sinks of every bit in Mask, later and on their own thread.
+    // The sinks of each kind of change. S_OK when a list changed, S_FALSE when none did.
+    LONG AdviseNotify(ULONG Mask, IDispatch* pSink);
+    LONG UnadviseNotify(ULONG Mask, IDispatch* pSink);
+    LONG UnadviseNotifyAllMasks(IDispatch* pSink);
+    // Tells the sinks of every bit in Mask, later and on the thread that created this object. Any thread may call;
+    // it returns at once.
     void BroadcastNotifyToSinks(ULONG Mask, LONG ValueID);
 
     // Holiday calendars. A HolidayId of 0 in the request means all.
@@ -106,6 +108,11 @@ public:
     int IsSessionTemplateUsed(LONG Session, const wchar_t* Column, const wchar_t* Table);
 
 private:
+    // The delivery, on the thread that created this object.
+    void BroadcastNotifyToSinksImpl(ULONG Mask, LONG ValueID);
+    LONG RemoveSink(const BugSlayerUtil::CScope& scope, ULONG Mask, IDispatch* pSink);
+    // The start-up, on the thread of m_InitObject: one after the other, of which the first to succeed is the last
+    // to do anything.
     void init_impl();
     // False when the database did not open; the reason is in the trail.
     bool OpenDatabase(const CDataBaseParams& parameters);
@@ -124,10 +131,11 @@ private:
     std::atomic<LONG> m_DatabaseOpened{0};
     CComPtr<IdmTable> m_SymbolTable;
     std::map<std::wstring, std::wstring> m_ExchangeTimeZones;
-    std::array<std::vector<CComPtr<IDispatch>>, NotifyBitCount> m_NotifySinks;
+    CNotifySinks m_NotifySinks;
     const std::map<wchar_t, LONG> m_MonthCodes;
     std::atomic<int> m_Initialized{0};
-    std::mutex m_InitLock; // one start-up at a time
+    LocalRPC::CActiveObject_WndMsg m_NotifyObject{true};
+    LocalRPC::CActiveObject_thread m_InitObject;
 };
 
 } // namespace sqStorage

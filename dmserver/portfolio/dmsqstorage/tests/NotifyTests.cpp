@@ -1,0 +1,335 @@
+// Registration of sinks and delivery of changes, on the thread that created the storage.
+#include "StorageFixture.h"
+#include "platform/com/object.h"
+#include "platform/message_queue.h"
+
+#include <algorithm>
+#include <atomic>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <thread>
+
+namespace {
+
+using namespace tests;
+using IDM_qxStorage::IqxStorageNotify;
+using IDM_qxStorage::IqxStorageNotifySink;
+using IDM_qxStorage::IqxStorageSmartNotify;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+// Keeps what it is told, and answers as it is told to.
+class CSink final : public platform::CObject<CSink, platform::ECounter::Interlocked,
+                                             platform::CDispatchImpl<IqxStorageNotifySink>> {
+public:
+    HRESULT DataChanged(ULONG Mask, LONG ValueID) override {
+        Calls.emplace_back(Mask, ValueID);
+        Thread = std::this_thread::get_id();
+        return OnCall ? OnCall(Mask) : Answer;
+    }
+
+    std::vector<Change> Calls;
+    std::thread::id Thread;
+    HRESULT Answer = S_OK;
+    std::function<HRESULT(ULONG)> OnCall;
+};
+
+// Has IDispatch and nothing else.
+class CNoSink final
+    : public platform::CObject<CNoSink, platform::ECounter::Interlocked,
+                               platform::CDispatchImpl<IDM_qxStorage::IqxExpirationDateCalculator>> {
+public:
+    HRESULT Calculate(BSTR, BSTR, LONG, LONG*, LONG*) override { return E_NOTIMPL; }
+};
+
+class Notify : public StorageTest {
+protected:
+    void SetUp() override {
+        StorageTest::SetUp();
+        m_Notify = m_Storage.As<IqxStorageNotify>();
+        m_Smart = m_Storage.As<IqxStorageSmartNotify>();
+        platform::DispatchPendingMessages();
+        Recorder::Clear();
+    }
+    void TearDown() override {
+        for (const auto& sink : m_Sinks)
+            m_Notify->UnadviseNotify(0xFFFFFFFF, sink.Get());
+    }
+    CComPtr<CSink> Sink() {
+        m_Sinks.push_back(platform::MakeObject<CSink>());
+        return m_Sinks.back();
+    }
+    void Deliver() { platform::DispatchPendingMessages(); }
+    LONG InsertHoliday(const wchar_t* name) {
+        LONG key = 0;
+        EXPECT_EQ(S_OK, m_Storage->InsertHoliday(CBstr(name).Get(), &key));
+        return key;
+    }
+
+    CComPtr<IqxStorageNotify> m_Notify;
+    CComPtr<IqxStorageSmartNotify> m_Smart;
+    std::vector<CComPtr<CSink>> m_Sinks;
+};
+
+TEST_F(Notify, AChangeReachesItsSinkOnTheCreatingThreadWhenItPumps) {
+    const auto sink = Sink();
+    ASSERT_EQ(S_OK, m_Notify->AdviseNotify(0x8, sink.Get()));
+    std::thread([&] { InsertHoliday(L"From another thread"); }).join();
+    EXPECT_THAT(sink->Calls, IsEmpty());
+    Deliver();
+    EXPECT_THAT(sink->Calls, ElementsAre(Change(0x8, 0)));
+    EXPECT_EQ(std::this_thread::get_id(), sink->Thread);
+}
+
+TEST_F(Notify, ADeletedCalendarIsToldTwiceAndItsDatesNot) {
+    const LONG key = InsertHoliday(L"NYSE");
+    Deliver();
+    const auto sink = Sink();
+    ASSERT_EQ(S_OK, m_Notify->AdviseNotify(0x18, sink.Get()));
+    m_Storage->DeleteHoliday(key);
+    Deliver();
+    EXPECT_THAT(sink->Calls, ElementsAre(Change(0x8, 0), Change(0x8, 0)));
+}
+
+TEST_F(Notify, AdviseOfNoExistingBitChangesNothing) {
+    const auto sink = Sink();
+    EXPECT_EQ(S_FALSE, m_Notify->AdviseNotify(0, sink.Get()));
+    EXPECT_EQ(S_FALSE, m_Notify->AdviseNotify(0xFFF00000, sink.Get()));
+    EXPECT_EQ(S_FALSE, m_Notify->UnadviseNotify(0xFFF00000, sink.Get()));
+}
+
+TEST_F(Notify, ASinkStandsOnceForEachBit) {
+    const auto sink = Sink();
+    EXPECT_EQ(S_OK, m_Notify->AdviseNotify(0x1, sink.Get()));
+    EXPECT_EQ(S_FALSE, m_Notify->AdviseNotify(0x1, sink.Get()));
+    EXPECT_EQ(S_OK, m_Notify->AdviseNotify(0x3, sink.Get()));
+    m_Smart->SendNotify(0x3);
+    Deliver();
+    EXPECT_THAT(sink->Calls, ElementsAre(Change(0x1, 0), Change(0x2, 0)));
+    EXPECT_EQ(S_OK, m_Notify->UnadviseNotify(0x3, sink.Get()));
+    EXPECT_EQ(S_FALSE, m_Notify->UnadviseNotify(0x3, sink.Get()));
+    m_Smart->SendNotify(0x3);
+    Deliver();
+    EXPECT_EQ(2U, sink->Calls.size());
+}
+
+TEST_F(Notify, EachRegistrationHoldsOneReference) {
+    const auto sink = Sink();
+    const auto count = [&] {
+        sink->AddRef();
+        return sink->Release();
+    };
+    const ULONG before = count();
+    m_Notify->AdviseNotify(0x7, sink.Get());
+    EXPECT_EQ(before + 3, count());
+    m_Notify->AdviseNotify(0x1, sink.Get());
+    EXPECT_EQ(before + 3, count());
+    m_Smart->SendNotify(0x7);
+    Deliver();
+    EXPECT_EQ(before + 3, count());
+    m_Notify->UnadviseNotify(0x2, sink.Get());
+    EXPECT_EQ(before + 2, count());
+    m_Notify->UnadviseNotify(0xFFFFF, sink.Get());
+    EXPECT_EQ(before, count());
+}
+
+TEST_F(Notify, EveryBitIsToldByItselfInRisingOrder) {
+    const auto sink = Sink();
+    m_Notify->AdviseNotify(0xFFFFFFFF, sink.Get());
+    m_Smart->SendNotify(-1);
+    Deliver();
+    std::vector<Change> expected;
+    for (ULONG bit = 0; bit < 20; ++bit)
+        expected.emplace_back(1U << bit, 0);
+    EXPECT_EQ(expected, sink->Calls);
+}
+
+TEST_F(Notify, SendOfNoBitRunsATaskThatCallsNobody) {
+    const auto sink = Sink();
+    m_Notify->AdviseNotify(0xFFFFF, sink.Get());
+    EXPECT_EQ(S_OK, m_Smart->SendNotify(0));
+    Deliver();
+    EXPECT_THAT(sink->Calls, IsEmpty());
+    EXPECT_THAT(Recorder::Messages(), Contains(L"Mask = 0"));
+}
+
+TEST_F(Notify, SinksAreCalledInTheOrderOfRegistration) {
+    const auto first = Sink();
+    const auto second = Sink();
+    std::vector<int> order;
+    first->OnCall = [&](ULONG) {
+        order.push_back(1);
+        return S_OK;
+    };
+    second->OnCall = [&](ULONG) {
+        order.push_back(2);
+        return S_OK;
+    };
+    m_Notify->AdviseNotify(0x1, second.Get());
+    m_Notify->AdviseNotify(0x1, first.Get());
+    m_Smart->SendNotify(1);
+    Deliver();
+    EXPECT_THAT(order, ElementsAre(2, 1));
+}
+
+TEST_F(Notify, ASinkThatAnswersFalseIsDroppedFromAllMasksAfterTheBroadcast) {
+    const auto sink = Sink();
+    sink->Answer = S_FALSE;
+    m_Notify->AdviseNotify(0x13, sink.Get());
+    m_Smart->SendNotify(0x3);
+    Deliver();
+    EXPECT_THAT(sink->Calls, ElementsAre(Change(0x1, 0), Change(0x2, 0)));
+    m_Smart->SendNotify(0x13);
+    Deliver();
+    EXPECT_EQ(2U, sink->Calls.size());
+    EXPECT_EQ(S_FALSE, m_Notify->UnadviseNotify(0xFFFFF, sink.Get()));
+}
+
+TEST_F(Notify, AnObjectThatIsNoSinkIsDroppedAtItsFirstNotification) {
+    const auto object = platform::MakeObject<CNoSink>();
+    EXPECT_EQ(S_OK, m_Notify->AdviseNotify(0x1, object.Get()));
+    m_Smart->SendNotify(1);
+    Deliver();
+    EXPECT_THAT(Recorder::Messages(), Contains(L"QueryInterface hr=80004002"));
+    EXPECT_EQ(S_FALSE, m_Notify->UnadviseNotify(0x1, object.Get()));
+}
+
+TEST_F(Notify, ANullSinkIsAcceptedAndSkipped) {
+    const auto sink = Sink();
+    EXPECT_EQ(S_OK, m_Notify->AdviseNotify(0x1, nullptr));
+    m_Notify->AdviseNotify(0x1, sink.Get());
+    m_Smart->SendNotify(1);
+    Deliver();
+    EXPECT_THAT(sink->Calls, ElementsAre(Change(0x1, 0)));
+    EXPECT_EQ(S_OK, m_Notify->UnadviseNotify(0x1, nullptr));
+}
+
+TEST_F(Notify, ASinkThatTakesItselfOffLetsTheNextOneMissThisNotification) {
+    const auto first = Sink();
+    const auto second = Sink();
+    const auto third = Sink();
+    for (const auto& sink : {first, second, third})
+        m_Notify->AdviseNotify(0x1, sink.Get());
+    first->OnCall = [&](ULONG) { return m_Notify->UnadviseNotify(0x1, first.Get()); };
+    m_Smart->SendNotify(1);
+    Deliver();
+    EXPECT_EQ(1U, first->Calls.size());
+    EXPECT_EQ(0U, second->Calls.size());
+    EXPECT_EQ(1U, third->Calls.size());
+}
+
+TEST_F(Notify, ASinkAddedFromInsideACallIsToldOfThisChangeToo) {
+    const auto first = Sink();
+    const auto second = Sink();
+    m_Notify->AdviseNotify(0x1, first.Get());
+    first->OnCall = [&](ULONG) { return m_Notify->AdviseNotify(0x1, second.Get()); };
+    m_Smart->SendNotify(1);
+    Deliver();
+    EXPECT_EQ(1U, second->Calls.size());
+}
+
+TEST_F(Notify, ASinkThatThrowsEndsTheBroadcastAndEveryoneStaysRegistered) {
+    const auto dead = Sink();
+    const auto thrower = Sink();
+    const auto last = Sink();
+    dead->Answer = S_FALSE;
+    bool isFirst = true;
+    thrower->OnCall = [&](ULONG) -> HRESULT {
+        if (std::exchange(isFirst, false))
+            throw std::runtime_error("sink");
+        return S_OK;
+    };
+    for (const auto& sink : {dead, thrower, last})
+        m_Notify->AdviseNotify(0x1, sink.Get());
+    m_Smart->SendNotify(1);
+    Deliver();
+    EXPECT_EQ(0U, last->Calls.size());
+    EXPECT_THAT(Recorder::Errors(), Contains(HasSubstr(L"(stdexcept: \"sink\")")));
+    dead->Answer = S_OK;
+    m_Smart->SendNotify(1);
+    Deliver();
+    EXPECT_EQ(2U, dead->Calls.size());
+    EXPECT_EQ(1U, last->Calls.size());
+}
+
+TEST_F(Notify, RegistrationAndDeliveryAreTraced) {
+    const auto sink = Sink();
+    m_Notify->AdviseNotify(0x8, sink.Get());
+    m_Smart->SendNotify(8);
+    Deliver();
+    m_Notify->UnadviseNotify(0x8, sink.Get());
+    const auto messages = Recorder::Messages();
+    ASSERT_EQ(6U, messages.size());
+    EXPECT_THAT(messages[0], testing::StartsWith(L"AdviseNotify: Mask = 8, Sink = 0x"));
+    EXPECT_EQ(L"Mask = 8", messages[1]);
+    EXPECT_THAT(messages[2], testing::StartsWith(L"pSink=0x"));
+    EXPECT_EQ(L"QueryInterface hr=0", messages[3]);
+    EXPECT_EQ(L"DataChanged hr=0", messages[4]);
+    EXPECT_THAT(messages[5], testing::StartsWith(L"UnadviseNotify: Mask = 8, Sink = 0x"));
+}
+
+TEST_F(Notify, AFailingSinkIsTakenOffWithATraceOfItsOwn) {
+    const auto sink = Sink();
+    sink->Answer = E_FAIL;
+    m_Notify->AdviseNotify(0x8, sink.Get());
+    m_Smart->SendNotify(8);
+    Deliver();
+    EXPECT_THAT(Recorder::Messages(), Contains(L"DataChanged hr=80004005"));
+    EXPECT_THAT(Recorder::Messages(), Contains(testing::StartsWith(L"UnadviseNotifyAllMasks: Sink = 0x")));
+}
+
+TEST_F(Notify, QueuedNotificationsAreDroppedWithTheStorage) {
+    const auto sink = Sink();
+    m_Notify->AdviseNotify(0x8, sink.Get());
+    m_Smart->SendNotify(8);
+    m_Notify.Reset();
+    m_Smart.Reset();
+    m_Storage.Reset();
+    Deliver();
+    EXPECT_THAT(sink->Calls, IsEmpty());
+    EXPECT_EQ(3U, sink->AddRef()) << "the fixture's reference, this test's and the one just taken";
+    sink->Release();
+    ASSERT_EQ(S_OK, CStorageHost::Create(m_Storage));
+    m_Notify = m_Storage.As<IqxStorageNotify>();
+    m_Smart = m_Storage.As<IqxStorageSmartNotify>();
+}
+
+TEST_F(Notify, AChangeReachesAllItsSinksAcrossInstances) {
+    CComPtr<IqxStorage> other;
+    ASSERT_EQ(S_OK, CStorageHost::Create(other));
+    const auto sink = Sink();
+    other.As<IqxStorageNotify>()->AdviseNotify(0x8, sink.Get());
+    InsertHoliday(L"Shared");
+    Deliver();
+    EXPECT_EQ(1U, sink->Calls.size());
+}
+
+// Eight threads change, advise and unadvise while this one delivers.
+TEST_F(Notify, ThreadsAdviseAndUnadviseWhileChangesAreDelivered) {
+    constexpr int Rounds = 50;
+    std::atomic<int> running{8};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 8; ++t)
+        threads.emplace_back([&, t] {
+            // An instance is counted by one thread at a time; the calls need none of its references.
+            for (int i = 0; i < Rounds; ++i) {
+                const auto sink = platform::MakeObject<CSink>();
+                m_Notify->AdviseNotify(0xFFFFF, sink.Get());
+                m_Smart->SendNotify(1 << t);
+                m_Notify->UnadviseNotify(0xFFFFF, sink.Get());
+            }
+            --running;
+        });
+    while (running > 0)
+        Deliver();
+    for (std::thread& thread : threads)
+        thread.join();
+    Deliver();
+    EXPECT_THAT(Recorder::Errors(), IsEmpty());
+    EXPECT_THAT(Recorder::Asserts(), IsEmpty());
+}
+
+} // namespace
