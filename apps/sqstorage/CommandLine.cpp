@@ -76,7 +76,7 @@ void AddGlobalOptions(CLI::App& program, tagGlobalOptions& options) {
 }
 
 void AddCommands(CLI::App& program, Action& chosen) {
-    program.require_subcommand(1);
+    program.require_subcommand(0, 1);
     program.fallthrough();
     AddCreateCommand(program, chosen);
     AddImportCommand(program, chosen);
@@ -152,6 +152,9 @@ int RunCommandLine(int count, const char* const* arguments) {
     const CConsole console(options.Format, options.Quiet);
     return static_cast<int>(Run(
         [&](const CConsole& used) {
+            if (!chosen)
+                throw CCommandError(EExitStatus::WrongUsage,
+                                    "No command is given: say what to do, as \"sqstorage --help\" tells.");
             UseRegistry(options.Registry);
             return chosen(used);
         },

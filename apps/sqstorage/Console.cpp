@@ -24,9 +24,9 @@ bool ColoursAllowed() { return platform::GetEnvironment(L"NO_COLOR").value_or(st
 void Write(std::FILE* stream, std::string_view text) { std::fwrite(text.data(), 1, text.size(), stream); }
 
 void Say(const char* colour, bool colours, std::string_view kind, std::string_view sentence) {
-    std::string line = colours ? fmt::format("{}{}:\x1b[0m {}\n", colour, kind, sentence)
-                               : fmt::format("{}: {}\n", kind, sentence);
-    Write(stderr, line);
+    const std::string text = Printable(std::string(sentence));
+    Write(stderr,
+          colours ? fmt::format("{}{}:\x1b[0m {}\n", colour, kind, text) : fmt::format("{}: {}\n", kind, text));
 }
 
 } // namespace

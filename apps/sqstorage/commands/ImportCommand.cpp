@@ -99,8 +99,8 @@ std::vector<tagSource> FindSources(const std::vector<std::string>& paths, const 
         AddPath(path, console, sources);
     if (sources.empty())
         throw CCommandError(EExitStatus::Refused,
-                            fmt::format("There is nothing to import: the files are called {}, with \".csv\" behind "
-                                        "it.",
+                            fmt::format("There is nothing to import: the files are called {}, each with "
+                                        "\".csv\" behind it.",
                                         DatasetNames()));
     const auto datasets = Datasets();
     std::stable_sort(sources.begin(), sources.end(), [&](const tagSource& left, const tagSource& right) {

@@ -25,7 +25,7 @@ EExitStatus Upgrade(const CConsole& console) {
         console.Note(steps == 0 ? "The database was up to date already."
                                 : fmt::format("The database is up to date now, after {} step(s).", steps));
     } catch (const platform::CComError& error) {
-        throw CCommandError(EExitStatus::NotOpened, PlainSentence(error.Text()));
+        throw CCommandError(EExitStatus::NotOpened, OpenReasonSentence(error.Text(), MachineRegistryFile()));
     }
     return EExitStatus::Done;
 }

@@ -65,7 +65,7 @@ void CTableFile::TakeRows(std::vector<tagCsvRecord>&& records, std::vector<tagRo
         if (record->Fields.size() == width)
             m_Rows.push_back(std::move(*record));
         else
-            problems.push_back({record->Line, fmt::format("the row has {} values where the header has {}: add or "
+            problems.push_back({record->Line, fmt::format("the row has {} value(s) where the header has {}: add or "
                                                           "remove a comma, or put a value with a comma in quotes",
                                                           record->Fields.size(), width)});
     }

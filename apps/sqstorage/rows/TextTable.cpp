@@ -14,13 +14,6 @@ std::size_t WidthOf(const std::string& text) {
         text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
-// What would move the cursor is shown as a blank: the text comes from files and must not drive the terminal.
-std::string Printable(std::string text) {
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, ' ');
-    return text;
-}
-
 std::vector<std::size_t> ColumnWidths(const tagRowSet& rows) {
     std::vector<std::size_t> widths;
     for (const std::string& name : rows.Columns)
@@ -51,6 +44,12 @@ std::vector<bool> NumberColumns(const tagRowSet& rows) {
 }
 
 } // namespace
+
+std::string Printable(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, ' ');
+    return text;
+}
 
 std::string WriteTextTable(const tagRowSet& rows, bool bold) {
     const std::vector<std::size_t> widths = ColumnWidths(rows);

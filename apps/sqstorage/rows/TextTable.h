@@ -11,4 +11,8 @@ namespace sqCli {
 // with terminal codes.
 [[nodiscard]] std::string WriteTextTable(const tagRowSet& rows, bool bold);
 
+// The text with a blank for every character that would move the cursor or drive the terminal: texts come from
+// files.
+[[nodiscard]] std::string Printable(std::string text);
+
 } // namespace sqCli

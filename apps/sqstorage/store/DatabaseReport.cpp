@@ -1,5 +1,6 @@
 #include "DatabaseReport.h"
 
+#include "Connection.h"
 #include "StoreFailure.h"
 #include "apps/sqstorage/ExitStatus.h"
 #include "dmserver/dmFirebird/interface/Database.h"
@@ -55,7 +56,7 @@ private:
             return;
         CBstr reason;
         m_Database->get_LastError(reason.Put());
-        throw CCommandError(EExitStatus::NotOpened, PlainSentence(reason.View()));
+        throw CCommandError(EExitStatus::NotOpened, OpenReasonSentence(reason.View(), MachineRegistryFile()));
     }
 
     CComPtr<IdmDatabase> m_Database;

@@ -77,7 +77,7 @@ void CStore::ForgetFailures() { BugSlayerUtil::ClearRecentFailures(); }
 void CStore::RaiseFailures(HRESULT status) {
     const auto failures = BugSlayerUtil::RecentFailures();
     if (!failures.empty())
-        throw CStoreRefusal(PlainSentence(failures.front()));
+        throw CStoreRefusal(FailureSentence(failures.front()));
     if (FAILED(status))
         throw CStoreRefusal(fmt::format("The store refused the call with status 0x{:08X}: look into its log.",
                                         static_cast<ULONG>(status)));

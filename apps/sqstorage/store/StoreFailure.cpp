@@ -64,11 +64,14 @@ std::wstring_view WithoutCall(std::wstring_view text) {
 
 bool Mentions(std::wstring_view text, std::wstring_view words) { return text.find(words) != NoPosition; }
 
+std::wstring_view ReasonOf(std::wstring_view failure) {
+    return WithoutException(WithoutStatus(WithoutFunction(failure)));
+}
+
 } // namespace
 
-std::string PlainSentence(std::wstring_view failure) {
-    std::wstring sentence(
-        WithoutCall(WithoutEngineWords(WithoutException(WithoutStatus(WithoutFunction(failure))))));
+std::string PlainSentence(std::wstring_view reason) {
+    std::wstring sentence(WithoutCall(WithoutEngineWords(reason)));
     if (sentence.empty())
         return "The store failed without saying why: look into its log.";
     sentence.front() = static_cast<wchar_t>(std::towupper(static_cast<std::wint_t>(sentence.front())));
@@ -76,6 +79,8 @@ std::string PlainSentence(std::wstring_view failure) {
         sentence += L'.';
     return platform::ToUtf8(sentence);
 }
+
+std::string FailureSentence(std::wstring_view failure) { return PlainSentence(ReasonOf(failure)); }
 
 std::string OpenFailureSentence(std::span<const std::wstring> failures, std::wstring_view registryFile) {
     if (failures.empty())
@@ -88,11 +93,15 @@ std::string OpenFailureSentence(std::span<const std::wstring> failures, std::wst
         return ValueMissing(L"Username", registryFile);
     if (Mentions(cause, L"!_Password.empty()"))
         return ValueMissing(L"Password", registryFile);
-    if (Mentions(cause, L"SCHEMA_INFO"))
+    return OpenReasonSentence(ReasonOf(cause), registryFile);
+}
+
+std::string OpenReasonSentence(std::wstring_view reason, std::wstring_view registryFile) {
+    if (Mentions(reason, L"SCHEMA_INFO"))
         return fmt::format("The database holds no store of this program: make one with \"sqstorage create\", or "
                            "correct \"Path\" in {}.",
                            platform::ToUtf8(registryFile));
-    return PlainSentence(cause);
+    return PlainSentence(reason);
 }
 
 std::string NoDatabaseNamed(std::wstring_view registryFile) {

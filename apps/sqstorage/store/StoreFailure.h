@@ -7,16 +7,20 @@
 
 namespace sqCli {
 
-// An entry of BugSlayerUtil::RecentFailures() without the function's name, the engine's own words and the status:
-// those stand in the log. Begins with a capital letter and ends with a full stop.
-[[nodiscard]] std::string PlainSentence(std::wstring_view failure);
+// A reason that a library gave, without the engine's own words: those stand in the log. Begins with a capital
+// letter and ends with a full stop.
+[[nodiscard]] std::string PlainSentence(std::wstring_view reason);
+// The same of an entry of BugSlayerUtil::RecentFailures(), which has the function's name before it and the status
+// behind.
+[[nodiscard]] std::string FailureSentence(std::wstring_view failure);
 
 // Why the store could not be opened, and what to do; the first failure is the cause, the others follow from it.
 // `registryFile` is where the connection is kept.
 [[nodiscard]] std::string OpenFailureSentence(std::span<const std::wstring> failures,
                                               std::wstring_view registryFile);
 
-// The same sentences for who reads the registry himself.
+// The same for who opens the database, or reads the registry, himself.
+[[nodiscard]] std::string OpenReasonSentence(std::wstring_view reason, std::wstring_view registryFile);
 [[nodiscard]] std::string NoDatabaseNamed(std::wstring_view registryFile);
 [[nodiscard]] std::string ValueMissing(std::wstring_view name, std::wstring_view registryFile);
 
