@@ -49,7 +49,8 @@ function(sq_library name)
     target_link_libraries(${target} PRIVATE ${arg_PRIVATE_LINKS})
   endif()
   if(NOT arg_INTERFACE)
-    target_link_libraries(${target} PRIVATE sq_warnings)
+    # Not for those who link the installed library.
+    target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:sq_warnings>)
   endif()
 endfunction()
 
