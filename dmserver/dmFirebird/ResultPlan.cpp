@@ -42,6 +42,12 @@ std::string_view WithoutFill(std::string_view text) { return text.substr(0, text
 std::int64_t DayOf(const ISC_TIMESTAMP& moment) { return moment.timestamp_date - DayShift; }
 std::int64_t SecondOf(const ISC_TIMESTAMP& moment) { return moment.timestamp_time / TimeUnits; }
 
+// A table that an earlier run of the statement has filled has its columns in the same places.
+LONG Find(const ITableRows& table, std::string_view name, LONG expected) {
+    const auto place = static_cast<ULONG>(expected);
+    return place < table.ColumnCount() && table.ColumnName(place) == name ? expected : table.FindColumn(name);
+}
+
 [[noreturn]] void RefuseType(const tagColumn& column) {
     throw CDatabaseError(E_FAIL, L"The column \"" + platform::FromUtf8(column.Name) +
                                      L"\" is of a type that cannot be read (" + std::to_wstring(column.Type) +
@@ -69,8 +75,9 @@ std::string CBlobReader::Read(ISC_QUAD id) const {
 CResultPlan::CResultPlan(std::span<const tagColumn> columns, ITableRows& table) : m_Table(&table) {
     const bool isEmpty = table.ColumnCount() == 0;
     m_Steps.reserve(columns.size());
+    LONG expected = 0;
     for (const tagColumn& column : columns) {
-        const LONG known = table.FindColumn(column.Name);
+        const LONG known = Find(table, column.Name, expected++);
         if (isEmpty && known < 0)
             AddStep(column, table.AddColumn(column.Name, TypeOf(column)));
         else if (!isEmpty && known >= 0)
@@ -83,7 +90,7 @@ void CResultPlan::AddStep(const tagColumn& column, ULONG target) {
         if (step.Target == target)
             return;
     m_Steps.push_back({MoveOf(column, m_Table->ColumnType(target)), target, column.Offset, column.NullOffset,
-                       column.Length, std::pow(10.0, -column.Scale)});
+                       column.Length, column.Scale == 0 ? 1.0 : std::pow(10.0, -column.Scale)});
 }
 
 EColumnType CResultPlan::TypeOf(const tagColumn& column) {
