@@ -16,78 +16,81 @@ namespace details {
 std::shared_ptr<CWndImpl> CWindowSlot::Exchange(std::shared_ptr<CWndImpl> window) {
     const std::scoped_lock lock(m_Lock);
     m_Window.swap(window);
+    m_OwnerThread = m_Window ? m_Window->OwnerThread() : NoThread;
     m_PendingWakes = 0;
     m_IsLost = false;
     return window;
 }
 
 bool CWindowSlot::Wake(bool sync) {
+    const bool own = IsOwnThread();
+    if (!own && IsUnderWay())
+        return true;
     std::unique_lock lock(m_Lock);
     if (!m_Window || m_IsLost)
         return false;
-    const bool own = IsOwn();
-    ++m_PendingWakes;
-    if (m_PendingWakes > 1 && !own)
-        return true;
-    bool success = false;
-    if (sync && own) {
-        // Runs tasks, which is not for this lock. The window cannot go from its own thread to another's hands here.
-        const std::shared_ptr<CWndImpl> window = m_Window;
-        lock.unlock();
-        const platform::CWindowHandle handle = window->Handle();
-        success = handle.SendTimeout(CWndImpl::ProcessMessage, 0, 0, true, platform::Infinite).has_value();
-    } else {
-        success = m_Window->Handle().Post(CWndImpl::ProcessMessage);
-    }
-    if (!success)
-        LowerPending();
+    // Another thread may have come first.
+    if (!own)
+        return IsUnderWay() || PostWake();
+    const platform::CWindowHandle handle = m_Window->Handle();
+    if (!sync)
+        return PostOwnWake(handle);
+    // Runs tasks, which is not for this lock.
+    lock.unlock();
+    return SendOwnWake(handle);
+}
+
+bool CWindowSlot::PostWake() {
+    m_PendingWakes = BeingPosted;
+    const bool success = m_Window->Handle().Post(CWndImpl::ProcessMessage);
+    // Otherwise the window's thread has already served it.
+    LONG pending = BeingPosted;
+    m_PendingWakes.compare_exchange_strong(pending, success ? 1 : 0);
     return success;
 }
 
-void CWindowSlot::WakeAgain() {
-    const std::scoped_lock lock(m_Lock);
-    if (m_Window && !m_IsLost)
-        m_Window->Handle().Post(CWndImpl::ProcessMessage);
+// On the window's own thread, which cannot serve the message before it is counted.
+bool CWindowSlot::PostOwnWake(const platform::CWindowHandle& window) {
+    const bool success = window.Post(CWndImpl::ProcessMessage);
+    if (success)
+        ++m_PendingWakes;
+    return success;
 }
 
-void CWindowSlot::LowerPending() {
-    const std::scoped_lock lock(m_Lock);
-    if (m_PendingWakes > 0)
-        --m_PendingWakes;
+bool CWindowSlot::SendOwnWake(const platform::CWindowHandle& window) {
+    ++m_PendingWakes;
+    const bool success = window.SendTimeout(CWndImpl::ProcessMessage, 0, 0, true, platform::Infinite).has_value();
+    if (!success)
+        m_PendingWakes = 0;
+    return success;
 }
 
-bool CWindowSlot::ForgetPending() {
+bool CWindowSlot::WakeAgain() {
     const std::scoped_lock lock(m_Lock);
-    return std::exchange(m_PendingWakes, 0) > 0;
+    return m_Window && !m_IsLost && m_Window->Handle().Post(CWndImpl::ProcessMessage);
 }
 
 void CWindowSlot::Lose(const CWndImpl& window) {
     const std::scoped_lock lock(m_Lock);
-    if (m_Window.get() == &window)
+    if (m_Window.get() == &window) {
         m_IsLost = true;
+        // Nobody joins a wake that nobody will serve.
+        m_PendingWakes = 0;
+    }
 }
 
-bool CWindowSlot::IsOwn() const {
-    return m_Window && !m_IsLost && m_Window->OwnerThread() == platform::CurrentThreadId();
-}
-
-bool CWindowSlot::IsOwnThread() const {
-    const std::scoped_lock lock(m_Lock);
-    return IsOwn();
-}
-
-DWORD CWindowSlot::OwnerThread() const {
-    constexpr DWORD NoThread = 0xFFFFFFFF;
-    const std::scoped_lock lock(m_Lock);
-    return m_Window ? m_Window->OwnerThread() : NoThread;
+bool CWindowSlot::IsOwnThread() const noexcept {
+    return m_OwnerThread.load() == platform::CurrentThreadId() && !m_IsLost;
 }
 
 // ---- CWndMsgPumpBase ----
 
 class CWndMsgPumpBase::CInTask {
 public:
-    explicit CInTask(CWndMsgPumpBase& pump) noexcept : m_Pump(pump) { ++m_Pump.m_InTask; }
-    ~CInTask() { --m_Pump.m_InTask; }
+    explicit CInTask(CWndMsgPumpBase& pump) noexcept : m_Pump(pump) {
+        m_Pump.m_InTask.fetch_add(1, std::memory_order_relaxed);
+    }
+    ~CInTask() { m_Pump.m_InTask.fetch_sub(1, std::memory_order_relaxed); }
     CInTask(const CInTask&) = delete;
     CInTask& operator=(const CInTask&) = delete;
 
@@ -109,11 +112,9 @@ bool CWndMsgPumpBase::Start() {
 }
 
 bool CWndMsgPumpBase::Post(const CTaskPtr& task) {
-    {
-        const std::scoped_lock lock(m_Lock);
-        if (IsBlocked() || !IsRunning() || m_WindowSlot.IsLost())
-            return false;
-    }
+    // Without m_Lock: a post that comes while the object stops may fall on either side.
+    if (IsBlocked() || !IsRunning() || m_WindowSlot.IsLost())
+        return false;
     const bool sync = task && task->IsSync();
     if (sync && m_WindowSlot.IsOwnThread()) {
         RunInPlace(task);
@@ -133,23 +134,28 @@ void CWndMsgPumpBase::RunInPlace(const CTaskPtr& task) {
         const CInTask inTask(*this);
         execute_task(held);
     }
-    // Whoever posted meanwhile counts on the wake that found this task running.
-    if (m_InTask == 0 && std::exchange(m_WakeMissed, false))
-        m_WindowSlot.WakeAgain();
+    // Whoever posted meanwhile counts on the wake that found this task running. If the task stopped the object,
+    // that was the last.
+    if (m_InTask != 0 || !std::exchange(m_WakeMissed, false) || m_WindowSlot.WakeAgain())
+        return;
+    if (!IsRunning())
+        ClearQueue();
 }
 
 void CWndMsgPumpBase::Process(DWORD limit) {
     const DWORD start = limit != platform::Infinite ? platform::TickCount() : 0;
     for (;;) {
-        if (limit != platform::Infinite && platform::TickCount() - start >= limit)
+        if (limit != platform::Infinite && platform::TickCount() - start >= limit) {
+            m_WindowSlot.WakeAgain();
             return;
+        }
         if (!m_AllowNested && m_InTask > 0) {
             m_WakeMissed = true;
             return;
         }
-        m_WindowSlot.LowerPending();
         CTaskPtr task;
         m_Storage->Pop(task);
+        // Whoever joined this wake has pushed before; whoever comes from now on posts a new one.
         if (!task && !m_WindowSlot.ForgetPending())
             return;
         if (!task)
@@ -180,9 +186,8 @@ bool CWndMsgPumpBase::StopEx(const bool clear, const ULONG, const bool block) {
 }
 
 DWORD CWndMsgPumpBase::GetThreadId() const {
-    constexpr DWORD NoThread = 0xFFFFFFFF;
     const std::scoped_lock lock(m_Lock);
-    return IsRunning() ? m_WindowSlot.OwnerThread() : NoThread;
+    return m_WindowSlot.OwnerThread();
 }
 
 void CWndMsgPumpBase::OnWindowLost(const CWndImpl& window) {

@@ -46,32 +46,44 @@ private:
 };
 
 // Holds the window, and counts the wakes on their way to it.
+//
+// A wake is pending from its post until the window's thread has found the queue empty. The count is raised under
+// the lock and forgotten without it; a post that finds a wake pending joins it by a look at the count, so that a
+// task costs no contended lock here. While a wake is being posted the count is negative: nobody may join it before
+// it is known to be under way.
 class CWindowSlot {
 public:
     // What was held is the caller's to release, outside of any lock.
     [[nodiscard]] std::shared_ptr<CWndImpl> Exchange(std::shared_ptr<CWndImpl> window);
     // False when there is no window to wake. Posts from other threads while a wake is under way join it.
     bool Wake(bool sync);
-    // Another message, whatever is under way.
-    void WakeAgain();
-    void LowerPending();
-    // True when wakes were still expected: who posted since then did so for nothing.
-    bool ForgetPending();
+    // Another message, whatever is under way. False when it could not be posted.
+    bool WakeAgain();
+    // On the window's thread. True when a wake was pending, which others may have joined since the last look at the
+    // queue: it is to be looked at once more.
+    bool ForgetPending() noexcept { return m_PendingWakes.exchange(0) != 0; }
     // The owner thread ends.
     void Lose(const CWndImpl& window);
-    [[nodiscard]] bool IsLost() const noexcept { return m_IsLost.load(); }
 
-    [[nodiscard]] bool IsOwnThread() const;
+    [[nodiscard]] bool IsLost() const noexcept { return m_IsLost.load(); }
+    [[nodiscard]] bool IsOwnThread() const noexcept;
     // 0xFFFFFFFF without a window.
-    [[nodiscard]] DWORD OwnerThread() const;
+    [[nodiscard]] DWORD OwnerThread() const noexcept { return m_OwnerThread.load(); }
 
 private:
-    [[nodiscard]] bool IsOwn() const;
+    static constexpr DWORD NoThread = 0xFFFFFFFF;
+    static constexpr LONG BeingPosted = -1;
 
-    mutable std::recursive_mutex m_Lock;
-    std::shared_ptr<CWndImpl> m_Window; // guarded by m_Lock, as the rest
-    LONG m_PendingWakes = 0;
+    [[nodiscard]] bool IsUnderWay() const noexcept { return m_PendingWakes.load() > 0; }
+    bool PostWake();
+    bool PostOwnWake(const platform::CWindowHandle& window);
+    bool SendOwnWake(const platform::CWindowHandle& window);
+
+    std::recursive_mutex m_Lock;
+    std::shared_ptr<CWndImpl> m_Window; // guarded by m_Lock
+    std::atomic<DWORD> m_OwnerThread{NoThread};
     std::atomic<bool> m_IsLost{false};
+    std::atomic<LONG> m_PendingWakes{0};
 };
 
 class CWndMsgPumpBase : public CAOTransportBase {
