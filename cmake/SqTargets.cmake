@@ -29,6 +29,8 @@ function(sq_library name)
   elseif(arg_SHARED)
     add_library(${target} SHARED ${arg_SOURCES})
     set(scope PUBLIC)
+    # A user may name none of a module's symbols and only create its classes; it must be there all the same.
+    target_link_options(${target} INTERFACE "LINKER:--no-as-needed")
   else()
     add_library(${target} STATIC ${arg_SOURCES})
     set(scope PUBLIC)

@@ -52,10 +52,10 @@ template <class T>
 class CSingleton {
 public:
     CSingleton() {
-        const BugSlayerUtil::CScope scope(this);
-        scope.Rethrowing(
+        BugSlayerUtil::Rethrowing(
             [&] {
                 m_Object = std::make_unique<T>();
+                const BugSlayerUtil::CScope scope(this);
                 scope.Rethrowing(
                     [&] {
                         const BugSlayerUtil::CScope finalConstruct(m_Object.get());

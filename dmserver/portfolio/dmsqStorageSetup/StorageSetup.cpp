@@ -1,6 +1,6 @@
 #include "dmserver/portfolio/dmsqStorageSetup/interface/StorageSetup.h"
 
-#include "dmserver/dmFirebird/interface/Database.h"
+#include "dmserver/dmFirebird/interface/LastErrorText.h"
 #include "dmserver/dmudfcom/interface/TableRows.h"
 #include "platform/com/activation.h"
 #include "platform/com/com_error.h"
@@ -27,9 +27,7 @@ using platform::CComPtr;
 void RaiseUnless(HRESULT status, const CComPtr<IdmDatabase>& database) {
     if (status == S_OK)
         return;
-    CBstr reason;
-    database->get_LastError(reason.Put());
-    platform::ThrowStatus(status, reason.Text());
+    platform::ThrowStatus(status, IDM_dmFirebird::LastErrorText(*database));
 }
 
 CComPtr<IdmDatabase> NewDatabase() {
@@ -89,9 +87,12 @@ void CreateStorage(const tagConnection& connection) {
                 database);
     try {
         CreateSchema(database);
-    } catch (...) {
-        database->Drop();
-        throw;
+    } catch (const platform::CComError& error) {
+        if (database->Drop() == S_OK)
+            throw;
+        platform::ThrowStatus(error.Code(), error.Text() +
+                                                L" The unfinished database could not be removed: delete it "
+                                                L"before the next attempt.");
     }
     database->Close();
 }
@@ -138,7 +139,9 @@ void RegisterConnection(const std::wstring& key, const tagConnection& connection
     entry.WriteText(L"Path", connection.Path);
     entry.WriteText(L"Username", connection.UserName);
     entry.WriteText(L"Password", connection.Password);
-    if (!connection.DictionaryPath.empty())
+    if (connection.DictionaryPath.empty())
+        entry.DeleteValue(L"DictionaryPath");
+    else
         entry.WriteText(L"DictionaryPath", connection.DictionaryPath);
     batch.Commit();
 }

@@ -1,6 +1,6 @@
 // How a call reaches the storage and becomes a status.
 //
-//     Read       argument tests, storage, operation:  S_OK
+//     Run        argument tests, storage, operation:  S_OK
 //     Insert     the same; the new key goes out:      S_OK, or S_FALSE when it is less than 1
 //     Change     the same, and the row must exist:    S_OK, or S_FALSE when there is no such row
 //     Notify     the operation's own status:          S_FALSE without a storage
@@ -21,7 +21,7 @@ public:
 
     // `operation` takes the storage.
     template <class Operation>
-    HRESULT Read(bool argumentsAreGood, Operation&& operation) const {
+    HRESULT Run(bool argumentsAreGood, Operation&& operation) const {
         return Guarded(argumentsAreGood, [&](sqStorage::CStorage& storage) {
             operation(storage);
             return S_OK;

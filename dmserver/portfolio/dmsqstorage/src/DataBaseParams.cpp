@@ -7,13 +7,16 @@
 #include "unicomp/ProductLocation/interface/ModuleVersionInfo.h"
 #include "unicomp/ProductLocation/interface/ProductPath.h"
 
+#include <optional>
+
 namespace sqStorage {
 
 namespace {
 
+using OptionalKey = std::optional<platform::CRegistryKey>;
+
 // A missing key or value leaves an empty text.
-std::wstring ReadMachineText(const std::wstring& path, const wchar_t* name) {
-    const auto key = platform::CRegistryKey::Open(platform::ERegistryRoot::Machine, path);
+std::wstring ReadText(const OptionalKey& key, const wchar_t* name) {
     return key ? key->ReadText(name).value_or(std::wstring()) : std::wstring();
 }
 
@@ -34,16 +37,17 @@ void CDataBaseParams::MakeDatabaseParams() {
     const BugSlayerUtil::CScope scope(this);
     const std::wstring path = HostProductPath(ProductLocationRegistry) + L"\\Databases\\Portfolio";
     scope.Trace(L"%s", path);
-    _DatabasePath = ReadMachineText(path, L"Path");
+    const OptionalKey key = platform::CRegistryKey::Open(platform::ERegistryRoot::Machine, path);
+    _DatabasePath = ReadText(key, L"Path");
     if (_DatabasePath.empty())
         scope.Throw(L"!_DatabasePath.empty()");
-    _UserName = ReadMachineText(path, L"Username");
+    _UserName = ReadText(key, L"Username");
     if (_UserName.empty())
         scope.Throw(L"!_UserName.empty()");
-    _Password = ReadMachineText(path, L"Password");
+    _Password = ReadText(key, L"Password");
     if (_Password.empty())
         scope.Throw(L"!_Password.empty()");
-    m_DictionaryPath = ReadMachineText(path, L"DictionaryPath");
+    m_DictionaryPath = ReadText(key, L"DictionaryPath");
     if (m_DictionaryPath.empty()) {
         const std::wstring separator(1, platform::PathSeparator);
         m_DictionaryPath = HostProductPath(ProductLocationCommonAppData) + separator + L"Databases" + separator +

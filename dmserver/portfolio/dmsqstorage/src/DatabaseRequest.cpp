@@ -1,6 +1,7 @@
 #include "DatabaseRequest.h"
 
 #include "diagnostics/interface/BugSlayer.h"
+#include "dmserver/dmFirebird/interface/LastErrorText.h"
 #include "platform/com/activation.h"
 #include "platform/com/com_error.h"
 
@@ -12,12 +13,10 @@ namespace {
 
 using platform::CBstr;
 
-// What the database says of the failure, or the name of the call where it says nothing.
+// The failing call, with what the database says of it.
 std::wstring Reason(IdmDatabase* database, const wchar_t* call) {
-    CBstr reason;
-    if (database && SUCCEEDED(database->get_LastError(reason.Put())) && !reason.IsEmpty())
-        return std::wstring(call) + L": " + reason.Text();
-    return call;
+    const std::wstring reason = IDM_dmFirebird::LastErrorText(*database);
+    return reason.empty() ? call : call + (L": " + reason);
 }
 
 void CheckQuery(const BugSlayerUtil::CScope& scope, HRESULT status, IdmDatabase* database, const wchar_t* call) {
@@ -102,7 +101,10 @@ void CDatabaseRequest::Close() {
         L"Close");
 }
 
-COutputRequest::COutputRequest(IDispatch* database) : CDatabaseRequest(database), m_Table(NewTable()) {}
+COutputRequest::COutputRequest(IDispatch* database) : CDatabaseRequest(database) {
+    const BugSlayerUtil::CScope scope(this);
+    scope.Check(platform::CreateInstance(IDM_dmudfcom::CLSID_dmTable, m_Table), L"IdmTable");
+}
 
 LONG COutputRequest::Select(const wchar_t* sql) {
     Open(sql, nullptr, m_Table.Get());
@@ -112,7 +114,8 @@ LONG COutputRequest::Select(const wchar_t* sql) {
 
 LONG COutputRequest::RecordCount() const {
     LONG count = 0;
-    m_Table->get_RecordCount(&count);
+    if (m_Table)
+        m_Table->get_RecordCount(&count);
     return count;
 }
 

@@ -63,6 +63,7 @@ private:
 // A request with a table of its own for the rows, which each statement fills anew with its own columns.
 class COutputRequest : public CDatabaseRequest {
 public:
+    // A table that cannot be made is reported, and no rows come then.
     explicit COutputRequest(IDispatch* database);
 
     // Opens and fetches all rows; returns their number.

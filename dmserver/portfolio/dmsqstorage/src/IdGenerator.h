@@ -20,8 +20,6 @@ public:
     using COutputRequest::RecordCount;
 
 private:
-    LONG GenerateLocked();
-
     std::mutex m_Lock; // the shared table and statement, for the length of one key
     CComPtr<IdmField> m_Field;
 };

@@ -6,7 +6,7 @@ using sqStorage::CStorage;
 
 HRESULT CqxStorageBase::SelectHoliday(IdmRequest* Request, IdmTable* Table) {
     const BugSlayerUtil::CScope scope(this);
-    return CCallPath(scope, *this).Read(Request && Table, [&](CStorage& storage) {
+    return CCallPath(scope, *this).Run(Request && Table, [&](CStorage& storage) {
         storage.SelectHoliday(Request, Table);
     });
 }
@@ -36,14 +36,14 @@ HRESULT CqxStorageBase::UpdateHoliday(LONG Holiday, BSTR HolidayName) {
 
 HRESULT CqxStorageBase::SelectHolidayDetails(IdmRequest* Request, IdmTable* Table) {
     const BugSlayerUtil::CScope scope(this);
-    return CCallPath(scope, *this).Read(Request && Table, [&](CStorage& storage) {
+    return CCallPath(scope, *this).Run(Request && Table, [&](CStorage& storage) {
         storage.SelectHolidayDetails(Request, Table);
     });
 }
 
 HRESULT CqxStorageBase::InsertHolidayDetails(IdmTable* Table) {
     const BugSlayerUtil::CScope scope(this);
-    return CCallPath(scope, *this).Read(scope.Assert(Table != nullptr, L"Table"), [&](CStorage& storage) {
+    return CCallPath(scope, *this).Run(scope.Assert(Table != nullptr, L"Table"), [&](CStorage& storage) {
         storage.InsertHolidayDetails(Table);
     });
 }

@@ -44,7 +44,7 @@ bool ArePricesGood(const BugSlayerUtil::CScope& scope, const tagPriceWarnings& w
 
 HRESULT CqxStorageBase::SelectSetting(IdmRequest* Request, IdmTable* Table) {
     const BugSlayerUtil::CScope scope(this);
-    return CCallPath(scope, *this).Read(Request && Table, [&](CStorage& storage) {
+    return CCallPath(scope, *this).Run(Request && Table, [&](CStorage& storage) {
         storage.SelectSetting(Request, Table);
     });
 }

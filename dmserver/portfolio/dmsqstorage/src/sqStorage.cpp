@@ -2,6 +2,7 @@
 
 #include "DataBaseParams.h"
 #include "diagnostics/interface/BugSlayer.h"
+#include "dmserver/dmFirebird/interface/LastErrorText.h"
 #include "dmserver/dmudfcom/interface/FieldIds.h"
 #include "dmserver/portfolio/dmsqStorageInterface/interface/qxStorageGetFieldHelper.h"
 #include "platform/com/activation.h"
@@ -25,12 +26,6 @@ const CDataBaseParams& ProcessDatabaseParams() {
         return made;
     }();
     return parameters;
-}
-
-std::wstring LastError(IdmDatabase& database, const wchar_t* fallback) {
-    platform::CBstr reason;
-    database.get_LastError(reason.Put());
-    return reason.IsEmpty() ? fallback : std::wstring(reason.View());
 }
 
 } // namespace
@@ -70,7 +65,8 @@ void CStorage::init_impl() {
         if (m_Initialized.load() != 0)
             return;
         const CDataBaseParams& parameters = ProcessDatabaseParams();
-        if (parameters.IsValid() && !OpenDatabase(parameters))
+        // What was opened stays, when only a later step failed.
+        if (parameters.IsValid() && m_DatabaseOpened == 0 && !OpenDatabase(parameters))
             return;
         scope.Check(platform::CreateInstance(IDM_dmudfcom::CLSID_dmTable, m_SymbolTable), L"m_SymbolTable");
         m_DictionaryPath = parameters.DictionaryPath();
@@ -90,11 +86,13 @@ bool CStorage::OpenDatabase(const CDataBaseParams& parameters) {
     const HRESULT status = m_Database->Open(platform::CBstr(parameters.DatabasePath()).Get(),
                                             platform::CBstr(parameters.UserName()).Get(),
                                             platform::CBstr(parameters.Password()).Get());
-    if (!scope.Check(status, LastError(*m_Database, L"Open")))
+    if (status != S_OK) {
+        scope.Check(status, L"Open: " + IDM_dmFirebird::LastErrorText(*m_Database));
         return false;
+    }
     CheckSchema();
-    m_DatabaseOpened = 1;
     m_IdGenerator = std::make_unique<CIdGenerator>(m_Database.Get());
+    m_DatabaseOpened = 1;
     return true;
 }
 
@@ -105,7 +103,8 @@ void CStorage::CheckSchema() {
         platform::ThrowStatus(E_FAIL,
                               L"the database holds no complete storage: create one with \"sqstorage create\", "
                               L"or correct the path in the registry");
-    const LONG version = GetField<LONG>(CComPtr<IdmTable>(request.Table()), L"SCHEMA_VERSION");
+    request.Table()->First();
+    const LONG version = GetField<LONG>(CComPtr<IdmTable>(request.Table()), IDM_dmudfcom::fieldSchemaVersion);
     if (version < sqSchema::CurrentVersion)
         platform::ThrowStatus(E_FAIL,
                               fmt::sprintf(L"the database has schema version %d, older than version %d of this "

@@ -58,7 +58,8 @@ public:
     // More than 0 once the database is open.
     LONG DatabaseOpened() const { return m_DatabaseOpened; }
 
-    // Runs one statement in a transaction of its own and returns the number of rows that came.
+    // Runs one statement in a transaction of its own and returns the number of rows that came. Without an error
+    // guard, as all that serves other operations.
     LONG Execute(const wchar_t* sql, IDispatch* parameters, IDispatch* results);
 
     // The sinks of each kind of change. S_OK when a list changed, S_FALSE when none did.
@@ -96,7 +97,8 @@ public:
     LONG SelectExchange(const wchar_t* ExchangeName) override;
 
     // Guards around keys.
-    // Runs a delete procedure and tells whether it deleted: it did unless it answers with a zero.
+    // Raises what fails. Runs a delete procedure and tells whether it deleted: it did unless it answers with a
+    // zero.
     int DeleteAnything(const wchar_t* Sql);
     // The key of a deleted feed with this CLSID, or 0.
     LONG GetDataFeedId1(const wchar_t* Clsid);

@@ -44,43 +44,62 @@ int CStorage::DeleteAnything(const wchar_t* Sql) {
 
 LONG CStorage::GetDataFeedId1(const wchar_t* Clsid) {
     const BugSlayerUtil::CScope scope(this);
-    COutputRequest request(m_Database.Get());
-    if (request.Select(
-            CSqlText(L"SELECT DATA_FEED FROM DATA_FEEDS WHERE CLSID='%s' AND DELETED=1", Clsid).Text()) <= 0)
-        return 0;
-    const auto field = FirstRowField(*request.Table(), IDM_dmudfcom::fieldDataFeed);
-    return scope.Assert(static_cast<bool>(field), L"Field") ? AsLong(*field) : 0;
+    return scope.Guard(
+        [&]() -> LONG {
+            COutputRequest request(m_Database.Get());
+            if (request.Select(
+                    CSqlText(L"SELECT DATA_FEED FROM DATA_FEEDS WHERE CLSID='%s' AND DELETED=1", Clsid).Text()) <=
+                0)
+                return 0;
+            const auto field = FirstRowField(*request.Table(), IDM_dmudfcom::fieldDataFeed);
+            return scope.Assert(static_cast<bool>(field), L"Field") ? AsLong(*field) : 0;
+        },
+        LONG{0});
 }
 
 int CStorage::IsPrimaryInstance(const wchar_t* Clsid) {
     const BugSlayerUtil::CScope scope(this);
-    COutputRequest request(m_Database.Get());
-    if (request.Select(CSqlText(L"SELECT COUNT(*) AS DATA_FEED FROM DATA_FEEDS WHERE CLSID='%s'", Clsid).Text()) <=
-        0)
-        return 0;
-    const auto field = FirstRowField(*request.Table(), IDM_dmudfcom::fieldDataFeed);
-    if (!field) {
-        scope.Trace(L"Field ID not found in Table");
-        return 0;
-    }
-    return AsLong(*field) == 0;
+    return scope.Guard(
+        [&]() -> int {
+            COutputRequest request(m_Database.Get());
+            if (request.Select(
+                    CSqlText(L"SELECT COUNT(*) AS DATA_FEED FROM DATA_FEEDS WHERE CLSID='%s'", Clsid).Text()) <= 0)
+                return 0;
+            const auto field = FirstRowField(*request.Table(), IDM_dmudfcom::fieldDataFeed);
+            if (!field) {
+                scope.Trace(L"Field ID not found in Table");
+                return 0;
+            }
+            return AsLong(*field) == 0;
+        },
+        0);
 }
 
 int CStorage::IsSessionTemplateExists(const wchar_t* Name) {
     const BugSlayerUtil::CScope scope(this);
-    if (!Name || !*Name)
-        return 0;
-    COutputRequest request(m_Database.Get());
-    const CSqlText sql(L"SELECT SESSION FROM SESSIONS WHERE SESSION_TYPE=2 AND UPPER(SESSION_NAME)=UPPER('%s')",
-                       CQuoted(Name).Text());
-    return request.Select(sql.Text()) != 0;
+    return scope.Guard(
+        [&]() -> int {
+            if (!Name || !*Name)
+                return 0;
+            COutputRequest request(m_Database.Get());
+            const CSqlText sql(
+                L"SELECT SESSION FROM SESSIONS WHERE SESSION_TYPE=2 AND UPPER(SESSION_NAME)=UPPER('%s')",
+                CQuoted(Name).Text());
+            return request.Select(sql.Text()) != 0;
+        },
+        0);
 }
 
 int CStorage::IsSessionTemplateUsed(LONG Session, const wchar_t* Column, const wchar_t* Table) {
     const BugSlayerUtil::CScope scope(this);
-    COutputRequest request(m_Database.Get());
-    const CSqlText sql(L"SELECT %s FROM %s WHERE SESSION_TYPE=2 AND TEMPLATE_SESSION=%d", Column, Table, Session);
-    return request.Select(sql.Text()) != 0;
+    return scope.Guard(
+        [&]() -> int {
+            COutputRequest request(m_Database.Get());
+            const CSqlText sql(L"SELECT %s FROM %s WHERE SESSION_TYPE=2 AND TEMPLATE_SESSION=%d", Column, Table,
+                               Session);
+            return request.Select(sql.Text()) != 0;
+        },
+        0);
 }
 
 } // namespace sqStorage

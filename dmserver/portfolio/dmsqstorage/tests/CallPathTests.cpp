@@ -58,12 +58,6 @@ TEST_F(CallPath, AnUnknownInterfaceIsRefused) {
     EXPECT_EQ(nullptr, object);
 }
 
-TEST_F(CallPath, AggregationIsRefused) {
-    CComPtr<IUnknown> object;
-    EXPECT_EQ(CLASS_E_NOAGGREGATION, CoCreateInstance(CLSID_qxStorage, m_Storage.Get(), CLSCTX_ALL,
-                                                      platform::UuidOf<IUnknown>, object.PutVoid()));
-}
-
 TEST_F(CallPath, TheClassFactoryGivesInstances) {
     CComPtr<IClassFactory> factory;
     ASSERT_EQ(S_OK, CoGetClassObject(CLSID_qxStorage, CLSCTX_ALL, nullptr, platform::UuidOf<IClassFactory>,

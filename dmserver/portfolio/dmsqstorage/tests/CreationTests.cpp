@@ -6,8 +6,14 @@
 #include "platform/environment.h"
 #include "platform/registry.h"
 
+#include "platform/message_queue.h"
+
+#include <atomic>
+#include <chrono>
+#include <ctime>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <thread>
 
 namespace {
 
@@ -184,6 +190,71 @@ TEST_F(Creation, ReportsOfTheLifeOfTheStorageComeInTheirOrder) {
     EXPECT_THAT(entered, ElementsAre(L"sqStorage::CStorage::CStorage", L"sqStorage::CStorage::init",
                                      L"sqStorage::CStorage::init_impl", L"sqStorage::CStorage::FinalRelease",
                                      L"sqStorage::CStorage::~CStorage"));
+}
+
+TEST_F(Creation, StartUpRunsOnAThreadOfItsOwn) {
+    m_Host.Install();
+    ASSERT_EQ(S_OK, Create());
+    std::vector<LONG> threads;
+    for (const auto& record : Recorder::RecordsOf(L"TRACE"))
+        if (record.Message == L"init ok" || (record.Ident == 1 && record.Function == L"sqStorage::CStorage::init"))
+            threads.push_back(record.Value(L"Thread ID").AsLong());
+    ASSERT_EQ(2U, threads.size());
+    EXPECT_NE(threads[0], threads[1]);
+}
+
+TEST_F(Creation, FirstClientsOnManyThreadsStartItOnce) {
+    m_Host.Install();
+    std::atomic<int> failures{0};
+    std::atomic<int> running{4};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&] {
+            CComPtr<IqxStorage> storage;
+            if (CStorageHost::Create(storage) != S_OK)
+                ++failures;
+            --running;
+            // The storage belongs to the thread that came first, which serves its window until all have gone.
+            while (running > 0)
+                platform::DispatchPendingMessages();
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(0, failures);
+    EXPECT_THAT(Recorder::Errors(), IsEmpty());
+}
+
+TEST_F(Creation, TheLastReleaseFromAnotherThreadEndsWhileTheOwnerPumps) {
+    m_Host.Install();
+    ASSERT_EQ(S_OK, Create());
+    std::atomic<bool> isReleased{false};
+    std::thread other([&, storage = std::move(m_Storage)]() mutable {
+        storage.Reset();
+        isReleased = true;
+    });
+    while (!isReleased)
+        platform::DispatchPendingMessages();
+    other.join();
+    EXPECT_EQ(S_OK, Create());
+    EXPECT_THAT(Recorder::Messages(), Contains(L"init ok").Times(2));
+}
+
+TEST_F(Creation, TheLastReleaseAfterTheOwnerThreadHasEndedDoesNotHang) {
+    m_Host.Install();
+    std::thread([&] { ASSERT_EQ(S_OK, Create()); }).join();
+    LONG key = 0;
+    EXPECT_EQ(S_OK, m_Storage->InsertHoliday(CBstr(L"Nobody hears").Get(), &key));
+    m_Storage.Reset();
+    EXPECT_EQ(S_OK, Create());
+}
+
+TEST_F(Creation, AnIdleStorageUsesNoProcessorTime) {
+    m_Host.Install();
+    ASSERT_EQ(S_OK, Create());
+    const std::clock_t before = std::clock();
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    const double used = static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
+    EXPECT_LT(used, 0.05) << "seconds of processor time in 0.3 seconds of waiting";
 }
 
 TEST_F(Creation, NoReferenceAndNoRecordIsLeft) {

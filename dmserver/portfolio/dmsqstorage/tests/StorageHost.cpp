@@ -1,5 +1,6 @@
 #include "StorageHost.h"
 
+#include "dmserver/dmFirebird/interface/LastErrorText.h"
 #include "platform/com/com_error.h"
 #include "platform/environment.h"
 
@@ -23,9 +24,7 @@ CComPtr<I> New(REFCLSID clsid) {
 void Require(HRESULT status, const CComPtr<IdmDatabase>& database) {
     if (status == S_OK)
         return;
-    CBstr reason;
-    database->get_LastError(reason.Put());
-    platform::ThrowStatus(status, reason.Text());
+    platform::ThrowStatus(status, IDM_dmFirebird::LastErrorText(*database));
 }
 
 } // namespace
