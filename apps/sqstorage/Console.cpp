@@ -89,7 +89,7 @@ void CProgress::Advance(std::size_t steps) {
 }
 
 void CProgress::Draw() const {
-    if (!m_Shown)
+    if (!m_Shown || m_Total == 0)
         return;
     const std::string text = fmt::format(" {}/{} {}", m_Done, m_Total, m_Label);
     const auto width = static_cast<std::size_t>(platform::TerminalWidth(EStandardStream::Error));
