@@ -28,7 +28,10 @@ CEvent& CEvent::operator=(CEvent&& other) noexcept {
     return *this;
 }
 
-CEvent::~CEvent() { Close(); }
+CEvent::~CEvent() {
+    if (IsOpen())
+        Close();
+}
 
 bool CEvent::Close() noexcept {
     const int descriptor = std::exchange(m_Descriptor, -1);

@@ -113,7 +113,10 @@ CThreadHandle& CThreadHandle::operator=(CThreadHandle&& other) noexcept {
     m_State.swap(other.m_State);
     return *this;
 }
-CThreadHandle::~CThreadHandle() { Close(); }
+CThreadHandle::~CThreadHandle() {
+    if (IsOpen())
+        Close();
+}
 
 DWORD CThreadHandle::ThreadId() const noexcept {
     if (!m_State)
