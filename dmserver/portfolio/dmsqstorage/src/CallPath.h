@@ -3,6 +3,8 @@
 //     Run        argument tests, storage, operation:  S_OK
 //     Insert     the same; the new key goes out:      S_OK, or S_FALSE when it is less than 1
 //     Change     the same, and the row must exist:    S_OK, or S_FALSE when there is no such row
+//     Lookup     as Run; the value found goes out:    S_OK
+//     Delete     as Change; what was done goes out:   S_OK, or S_FALSE when there is no such row
 //     Notify     the operation's own status:          S_FALSE without a storage
 //
 // A failed argument test gives E_INVALIDARG, a missing storage E_POINTER, in that order, and an exception that
@@ -10,7 +12,6 @@
 #pragma once
 
 #include "diagnostics/interface/BugSlayer.h"
-#include "platform/com/com_error.h"
 #include "qxStorageBase.h"
 
 #include <utility>
@@ -48,19 +49,28 @@ public:
         });
     }
 
+    // `operation` takes the storage and returns what was asked for.
+    template <class Operation>
+    HRESULT Lookup(bool argumentsAreGood, LONG* value, Operation&& operation) const {
+        return Run(argumentsAreGood && value, [&](sqStorage::CStorage& storage) { *value = operation(storage); });
+    }
+
+    // As Change; `operation` tells whether it deleted. A null `deleted` is the caller's mistake: it is reported,
+    // and the call goes on without it.
+    template <class Exists, class Operation>
+    HRESULT Delete(LONG* deleted, Exists&& exists, Operation&& operation) const {
+        LONG unwanted = 0;
+        LONG& result = m_Scope.Assert(deleted != nullptr, L"Deleted") ? *deleted : unwanted;
+        result = 0;
+        return Change(true, exists, [&](sqStorage::CStorage& storage) { result = operation(storage); });
+    }
+
     // `operation` takes the storage and returns the status. Without a storage nothing is done.
     template <class Operation>
     HRESULT Notify(Operation&& operation) const {
         return m_Scope.Guard(
             [&]() -> HRESULT { return m_Object.m_Holder ? operation(*m_Object.m_Holder->GetObject()) : S_FALSE; },
             E_FAIL);
-    }
-
-    // For methods without a guard of their own: what fails here or below reaches the caller as an exception.
-    sqStorage::CStorage& Storage() const {
-        if (!m_Object.m_Holder)
-            platform::ThrowStatus(E_POINTER, L"the object has no storage");
-        return *m_Object.m_Holder->GetObject();
     }
 
 private:

@@ -1,6 +1,7 @@
 #include "qxStorageBase.h"
 
 #include "diagnostics/interface/BugSlayer.h"
+#include "platform/com/com_error.h"
 
 HRESULT CqxStorageBase::Create(IUnknown* outer, REFIID iid, void** object) {
     if (!object)
@@ -25,6 +26,12 @@ LONG CqxStorageBase::FinalConstruct() {
             return m_Holder->GetObject()->DatabaseOpened() > 0 ? S_OK : E_FAIL;
         },
         LONG{E_FAIL});
+}
+
+sqStorage::CStorage& CqxStorageBase::StorageOrRaise() const {
+    if (!m_Holder)
+        platform::ThrowStatus(E_POINTER, L"the object has no storage");
+    return *m_Holder->GetObject();
 }
 
 void CqxStorageBase::FinalRelease() {

@@ -199,6 +199,13 @@ private:
     bool ExistsHoliday(LONG Holiday);
     bool ExistsHolidayDetails(LONG Holiday);
     bool ExistsSetting(LONG Setting);
+    bool ExistsDataFeed(LONG Datafeed);
+    bool ExistsExchange(LONG Exchange);
+    bool ExistsSession(LONG Session);
+    bool ExistsSessionDetails(LONG Session);
+
+    // For methods without a guard of their own: what fails here or below reaches the caller as an exception.
+    sqStorage::CStorage& StorageOrRaise() const;
 
     std::unique_ptr<sqStorage::CStorageHolder> m_Holder;
 };

@@ -14,6 +14,6 @@ HRESULT CqxStorageBase::UnadviseNotify(ULONG Mask, IDispatch* pSink) {
 
 HRESULT CqxStorageBase::SendNotify(LONG Mask) {
     const BugSlayerUtil::CScope scope(this);
-    CCallPath(scope, *this).Storage().BroadcastNotifyToSinks(static_cast<ULONG>(Mask), 0);
+    StorageOrRaise().BroadcastNotifyToSinks(static_cast<ULONG>(Mask), 0);
     return S_OK;
 }

@@ -5,23 +5,6 @@ using IDM_dmudfcom::IdmRequest;
 using IDM_dmudfcom::IdmTable;
 
 // IqxStorage
-HRESULT CqxStorageBase::SelectDataFeed(IdmRequest*, IdmTable*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::InsertDataFeed(BSTR, BSTR, BSTR, BSTR, LONG, LONG*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::DeleteDataFeed(LONG, LONG*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::UpdateDataFeed(LONG, BSTR, BSTR, BSTR, BSTR, LONG, LONG) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::GetDataFeed(BSTR, LONG*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::SelectExchange(IdmRequest*, IdmTable*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::InsertExchange(BSTR, BSTR, LONG, LONG, LONG, LONG, BSTR, BSTR, LONG*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::DeleteExchange(LONG, LONG*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::UpdateExchange(LONG, BSTR, BSTR, LONG, LONG, LONG, LONG, BSTR, BSTR) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::GetExchange(BSTR, LONG*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::SelectSession(IdmRequest*, IdmTable*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::InsertSession(LONG, BSTR, LONG, LONG*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::DeleteSession(LONG, LONG*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::UpdateSession(LONG, LONG, BSTR, LONG) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::SelectSessionDetails(IdmRequest*, IdmTable*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::InsertSessionDetails(IdmTable*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::DeleteSessionDetails(LONG) { return E_NOTIMPL; }
 HRESULT CqxStorageBase::SelectPortfolio(LONG, IdmRequest*, IdmTable*) { return E_NOTIMPL; }
 HRESULT CqxStorageBase::InsertPortfolio(BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG,
                                         LONG, LONG, double, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG*) {
@@ -121,9 +104,3 @@ HRESULT CqxStorageBase::DeleteExpirationRule(LONG, LONG*) { return E_NOTIMPL; }
 
 // IqxExpirationDateCalculator
 HRESULT CqxStorageBase::Calculate(BSTR, BSTR, LONG, LONG*, LONG*) { return E_NOTIMPL; }
-
-// IqxCurrency
-HRESULT CqxStorageBase::SetCurrency(LONG, LONG) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::GetCurrency(LONG, LONG*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::DeleteCurrency(LONG) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::SelectCurrency(IdmRequest*, IdmTable*) { return E_NOTIMPL; }

@@ -137,10 +137,10 @@ LONG CStorage::Execute(const wchar_t* sql, IDispatch* parameters, IDispatch* res
 
 LONG CStorage::GenerateId() { return m_IdGenerator ? m_IdGenerator->Generate() : 0; }
 
-void CStorage::ExecuteAndNotify(const BugSlayerUtil::CScope& scope, const wchar_t* sql, ULONG Mask) {
+void CStorage::ExecuteAndNotify(const BugSlayerUtil::CScope& scope, const wchar_t* sql, ULONG Mask, LONG ValueID) {
     scope.Trace(L"sql = '%s'", sql);
     Execute(sql, nullptr, nullptr);
-    BroadcastNotifyToSinks(Mask, 0);
+    BroadcastNotifyToSinks(Mask, ValueID);
 }
 
 } // namespace sqStorage

@@ -7,6 +7,11 @@
 //     sqStorage_Keys.cpp       delete guards and the small checks around keys
 //     sqStorage_Holidays.cpp   holiday calendars
 //     sqStorage_Settings.cpp   price settings
+//     sqStorage_DataFeeds.cpp  data feeds
+//     sqStorage_Exchanges.cpp  exchanges with their zones
+//     sqStorage_Sessions.cpp   trading sessions
+//     sqStorage_Currency.cpp   currency codes
+//     sqStorage_Lookup.cpp     keys by name
 //     sqStorage_Notify.cpp     announcing changes
 //
 // Life: made by the process singleton with the first CStorageHolder and destroyed with the last.
@@ -42,6 +47,12 @@ enum tagNOTIFYMASK : ULONG {
     notifyHoliday = 0x8,
     notifyHolidayDetails = 0x10,
     notifySetting = 0x20,
+    notifyDataFeed = 0x40,
+    notifyExchange = 0x80,
+    notifySession = 0x100,
+    notifySessionDetails = 0x200,
+    notifyRootSettings = 0x4000,
+    notifyCurrency = 0x80000,
 };
 
 class CStorage : public dm::CCriticalSection, public IDataAccessor {
@@ -88,13 +99,49 @@ public:
     void DeleteSetting(LONG Setting);
     void UpdateSetting(LONG Setting, LONG PriceScale, double PointValue, LONG DailyLimit, double MinMovement);
 
-    // Reads of subsystems that this version does not have: they raise, or answer with, E_NOTIMPL.
-    void SelectPortfolio(LONG Mode, IdmRequest* Request, IdmTable* Table) override;
+    // Data feeds. File names and class identifiers go into statements as they are.
     void SelectDataFeed(IdmRequest* Request, IdmTable* Table) override;
+    // The key of the row: a new one, or that of a deleted feed of the same class, which comes back.
+    LONG InsertDataFeed(const wchar_t* DataFeedName, const wchar_t* DataFeedShortName,
+                        const wchar_t* DataFeedDllName, const wchar_t* Clsid, int IsAsc);
+    // Not 0 if deleted; a feed that something uses is not.
+    int DeleteDataFeed(LONG Datafeed);
+    // Also undeletes.
+    void UpdateDataFeed(LONG Datafeed, const wchar_t* DataFeedName, const wchar_t* DataFeedShortName,
+                        const wchar_t* DataFeedDllName, const wchar_t* Clsid, int IsAsc, int Active);
+    LONG SelectDataFeed(const wchar_t* DataFeedName);
+
+    // Exchanges. Each owns its default setting and session, which go with it. TimeZoneInformation is a zone string.
+    void SelectExchange(IdmRequest* Request, IdmTable* Table) override;
+    LONG InsertExchange(const wchar_t* ExchangeName, const wchar_t* Description, LONG Holiday, LONG Setting,
+                        LONG Session, LONG TimeZone, const wchar_t* MapId, const wchar_t* TimeZoneInformation);
+    int DeleteExchange(LONG Exchange);
+    void UpdateExchange(LONG Exchange, const wchar_t* ExchangeName, const wchar_t* Description, LONG Holiday,
+                        LONG Setting, LONG Session, LONG TimeZone, const wchar_t* MapId,
+                        const wchar_t* TimeZoneInformation);
+    LONG SelectExchange(const wchar_t* ExchangeName) override;
+
+    // Trading sessions. A SessionId of 0 in the request asks for all of its SessionType.
+    void SelectSession(IdmRequest* Request, IdmTable* Table);
+    // 0 when a template has the name already.
+    LONG InsertSession(LONG SessionType, const wchar_t* SessionName, LONG TimeZone);
+    void UpdateSession(LONG Session, LONG SessionType, const wchar_t* SessionName, LONG TimeZone);
+    // 0 when a symbol or custom future uses the template.
+    LONG DeleteSession(LONG Session);
+    void SelectSessionDetails(IdmRequest* Request, IdmTable* Table);
+    // Replaces the details of the session that the current record names with the records of the table.
+    void InsertSessionDetails(IdmTable* Table);
+    void DeleteSessionDetails(LONG Session);
+
+    // Currency codes, without an error guard.
+    void SetCurrency(LONG Id, LONG CurrencyCode);
+    LONG GetCurrency(LONG Id);
+    void DeleteCurrency(LONG Id);
+
+    // Reads of subsystems that this version does not have: the first raises, the others answer with, E_NOTIMPL.
+    void SelectPortfolio(LONG Mode, IdmRequest* Request, IdmTable* Table) override;
     LONG SelectRootSettings(IdmRequest* Request, IdmTable* Table) override;
     LONG SelectExpirationRule(IdmRequest* Request, IdmTable* Table) override;
-    void SelectExchange(IdmRequest* Request, IdmTable* Table) override;
-    LONG SelectExchange(const wchar_t* ExchangeName) override;
 
     // Guards around keys.
     // Raises what fails. Runs a delete procedure and tells whether it deleted: it did unless it answers with a
@@ -124,7 +171,24 @@ private:
     // A new key, or 0 without a generator.
     LONG GenerateId();
     // The common end of a write: trace, run, announce.
-    void ExecuteAndNotify(const BugSlayerUtil::CScope& scope, const wchar_t* sql, ULONG Mask);
+    void ExecuteAndNotify(const BugSlayerUtil::CScope& scope, const wchar_t* sql, ULONG Mask, LONG ValueID = 0);
+    // Writes all records of the table in place of those that the field of the current record names. An absent field
+    // is reported, and nothing is removed then.
+    template <class Remove>
+    void ReplaceDetails(const BugSlayerUtil::CScope& scope, IdmTable* Table, LONG field, const wchar_t* fieldName,
+                        const wchar_t* insertSql, ULONG Mask, Remove&& remove);
+    LONG RegisterDataFeed(const BugSlayerUtil::CScope& scope, const wchar_t* DataFeedName,
+                          const wchar_t* DataFeedShortName, const wchar_t* DataFeedDllName, const wchar_t* Clsid,
+                          int IsAsc);
+    bool HasCurrency(LONG Id, IdmTable& Table);
+    // The first field of the first row, or 0. More rows than one are traced as a warning.
+    LONG FindKey(const BugSlayerUtil::CScope& scope, const wchar_t* sql, const wchar_t* text, const wchar_t* tag);
+    // Leaves the table behind its last record.
+    void dumpWarning(IdmTable* Table, const wchar_t* Text, const std::wstring& Tag) const;
+    // Empty when there is no such exchange.
+    std::wstring get_exchange_name(LONG Exchange);
+    // The dictionary follows a renamed exchange, and its sinks are told, before those of the exchange.
+    void update_exchange_in_root_settings(const std::wstring& OldName, const wchar_t* NewName);
 
     CComPtr<IdmDatabase> m_Database;
     std::wstring m_DictionaryPath;

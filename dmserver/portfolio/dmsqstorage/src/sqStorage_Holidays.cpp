@@ -1,5 +1,6 @@
 #include "sqStorage.h"
 
+#include "ReplaceDetails.h"
 #include "StatementText.h"
 #include "diagnostics/interface/BugSlayer.h"
 #include "dmserver/dmudfcom/interface/FieldIds.h"
@@ -75,19 +76,9 @@ void CStorage::SelectHolidayDetails(IdmRequest* Request, IdmTable* Table) {
 void CStorage::InsertHolidayDetails(IdmTable* Table) {
     const BugSlayerUtil::CScope scope(this);
     scope.Guard([&] {
-        if (!scope.Assert(Table != nullptr, L"Table"))
-            return;
-        CComPtr<IdmField> HolidayField;
-        Table->get_FieldById(IDM_dmudfcom::fieldHoliday, HolidayField.Put());
-        if (scope.Assert(static_cast<bool>(HolidayField), L"HolidayField")) {
-            LONG Holiday = 0;
-            HolidayField->get_AsLong(&Holiday);
-            DeleteHolidayDetails(Holiday);
-        }
-        const wchar_t* const sql = L"INSERT INTO HOLIDAY_DETAILS VALUES(?,?,?,?)";
-        scope.Trace(L"sql = '%s'", sql);
-        Execute(sql, Table, nullptr);
-        BroadcastNotifyToSinks(notifyHolidayDetails, 0);
+        ReplaceDetails(scope, Table, IDM_dmudfcom::fieldHoliday, L"HolidayField",
+                       L"INSERT INTO HOLIDAY_DETAILS VALUES(?,?,?,?)", notifyHolidayDetails,
+                       [&](LONG Holiday) { DeleteHolidayDetails(Holiday); });
     });
 }
 

@@ -70,7 +70,7 @@ TEST_F(CallPath, TheClassFactoryGivesInstances) {
 TEST_F(CallPath, MethodsOfLaterVersionsSayThatTheyAreNotThere) {
     LONG value = 7;
     EXPECT_EQ(E_NOTIMPL, m_Storage->SelectPortfolio(0, nullptr, NewTable().Get()));
-    EXPECT_EQ(E_NOTIMPL, Ask<IqxCurrency>(m_Storage)->GetCurrency(1, &value));
+    EXPECT_EQ(E_NOTIMPL, Ask<IascStorage>(m_Storage)->get_Datafeed(&value));
     EXPECT_EQ(7, value);
 }
 
