@@ -2,8 +2,9 @@
 --
 -- A statement ends at a line that holds nothing but "^"; comments stand outside statements, each on its own line.
 --
--- Text compares by code point (the plain collation of UTF8): names are equal only when they are the same name,
--- a prefix search finds every match, and UPPER still knows every alphabet.
+-- Text compares by code point (the plain collation of UTF8), so letter case counts, and UPPER still knows every
+-- alphabet. Blanks at the end do not count when whole texts are compared: 'ES ' is the same name as 'ES'. LIKE and
+-- STARTING WITH take them for characters like any other.
 --
 -- Only keys are NOT NULL, because bound inserts may leave any other column empty. There are no foreign keys on
 -- purpose: a calendar, setting or session may be removed while something still points at it, and the delete
@@ -108,7 +109,8 @@ CREATE TABLE CUSTOM_FUTURES (
 )
 ^
 
--- A removed feed stays as a row with DELETED 1, so that registering its CLSID again brings its symbols back.
+-- A removed feed stays as a row with DELETED 1, so that registering its CLSID again gives it its old key. Nothing
+-- belongs to it by then: a feed that a symbol or a custom future uses is not removed.
 CREATE TABLE DATA_FEEDS (
     DATA_FEED             INTEGER NOT NULL,
     DATA_FEED_NAME        VARCHAR(31),

@@ -13,12 +13,8 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::HasSubstr;
 
-std::vector<std::string> ColumnsOf(CTestDatabase& database, const std::string& table, bool withTypes = true) {
-    auto columns = database.ResultTypes("SELECT * FROM " + table);
-    if (!withTypes)
-        for (auto& column : columns)
-            column.erase(column.find(' '));
-    return columns;
+std::vector<std::string> ColumnsOf(CTestDatabase& database, const std::string& table) {
+    return database.ResultTypes("SELECT * FROM " + table);
 }
 
 const std::vector<std::string> SymbolColumns{"SYMBOL INTEGER",
@@ -109,15 +105,24 @@ TEST_F(Creation, GivesCustomFuturesFourteenColumnsAndTheKeyUnderASecondName) {
     EXPECT_EQ("9", m_Database.Value("SELECT MARGIN FROM CUSTOM_FUTURES"));
 }
 
-TEST_F(Creation, GivesTheReferenceTablesTheirColumnsInOrder) {
-    EXPECT_THAT(ColumnsOf(m_Database, "DATA_FEEDS", false),
-                ElementsAre("DATA_FEED", "DATA_FEED_NAME", "DATA_FEED_DLL_NAME", "CLSID", "PRIMARY_INSTANCE",
-                            "ACTIVATED", "DELETED", "ASCII", "DATA_FEED_SHORT_NAME"));
-    EXPECT_THAT(ColumnsOf(m_Database, "EXCHANGES", false),
-                ElementsAre("EXCHANGE", "EXCHANGE_NAME", "HOLIDAY", "SETTING", "SESSION", "TIME_ZONE", "MAP_ID",
-                            "USE_DAYLIGHT", "BIAS", "STANDARD_BIAS", "STANDARD_DAY_OF_WEEK", "STANDARD_DAY",
-                            "STANDARD_MONTH", "STANDARD_TIME", "DAYLIGHT_BIAS", "DAYLIGHT_DAY_OF_WEEK",
-                            "DAYLIGHT_DAY", "DAYLIGHT_MONTH", "DAYLIGHT_TIME", "DESCRIPTION"));
+TEST_F(Creation, GivesDataFeedsTheirColumnsInOrderAndType) {
+    EXPECT_THAT(ColumnsOf(m_Database, "DATA_FEEDS"),
+                ElementsAre("DATA_FEED INTEGER", "DATA_FEED_NAME VARCHAR(31)", "DATA_FEED_DLL_NAME VARCHAR(255)",
+                            "CLSID VARCHAR(63)", "PRIMARY_INSTANCE SMALLINT", "ACTIVATED SMALLINT",
+                            "DELETED SMALLINT", "ASCII SMALLINT", "DATA_FEED_SHORT_NAME VARCHAR(31)"));
+}
+
+TEST_F(Creation, GivesExchangesTheirColumnsInOrderAndType) {
+    EXPECT_THAT(ColumnsOf(m_Database, "EXCHANGES"),
+                ElementsAre("EXCHANGE INTEGER", "EXCHANGE_NAME VARCHAR(12)", "HOLIDAY INTEGER", "SETTING INTEGER",
+                            "SESSION INTEGER", "TIME_ZONE INTEGER", "MAP_ID VARCHAR(63)", "USE_DAYLIGHT SMALLINT",
+                            "BIAS INTEGER", "STANDARD_BIAS INTEGER", "STANDARD_DAY_OF_WEEK INTEGER",
+                            "STANDARD_DAY INTEGER", "STANDARD_MONTH INTEGER", "STANDARD_TIME TIME",
+                            "DAYLIGHT_BIAS INTEGER", "DAYLIGHT_DAY_OF_WEEK INTEGER", "DAYLIGHT_DAY INTEGER",
+                            "DAYLIGHT_MONTH INTEGER", "DAYLIGHT_TIME TIME", "DESCRIPTION VARCHAR(255)"));
+}
+
+TEST_F(Creation, GivesSettingsAndSessionsTheirColumnsInOrderAndType) {
     EXPECT_THAT(ColumnsOf(m_Database, "SETTINGS"),
                 ElementsAre("SETTING INTEGER", "PRICE_SCALE INTEGER", "POINT_VALUE FLOAT", "DAILY_LIMIT INTEGER",
                             "MIN_MOVEMENT FLOAT"));
@@ -126,14 +131,21 @@ TEST_F(Creation, GivesTheReferenceTablesTheirColumnsInOrder) {
     EXPECT_THAT(ColumnsOf(m_Database, "SESSION_DETAILS"),
                 ElementsAre("SESSION INTEGER", "START_DAY INTEGER", "START_TIME INTEGER", "END_DAY INTEGER",
                             "END_TIME INTEGER", "VALUE5 INTEGER", "VALUE6 INTEGER", "VALUE7 INTEGER"));
+}
+
+TEST_F(Creation, GivesHolidaysRulesAndCurrenciesTheirColumnsInOrderAndType) {
     EXPECT_THAT(ColumnsOf(m_Database, "HOLIDAYS"), ElementsAre("HOLIDAY INTEGER", "HOLIDAY_NAME VARCHAR(63)"));
     EXPECT_THAT(ColumnsOf(m_Database, "HOLIDAY_DETAILS"),
                 ElementsAre("HOLIDAY INTEGER", "HOLIDAY_DESCRIPTION VARCHAR(63)", "HOLIDAY_START_DATE DATE",
                             "HOLIDAY_END_DATE DATE"));
-    EXPECT_THAT(ColumnsOf(m_Database, "EXPIRATION_RULES", false),
-                ElementsAre("ID", "NAME", "OFFSET", "OFFSETTYPE", "EXPIRATIONDATEMETHOD", "BYDAYSNUMBER",
-                            "BYDAYSMONTHTYPE", "BYDAYSOFWEEKNUMBER", "DAYOFWEEK", "BYDAYSOFWEEKMONTHTYPE"));
+    EXPECT_THAT(ColumnsOf(m_Database, "EXPIRATION_RULES"),
+                ElementsAre("ID INTEGER", "NAME VARCHAR(126)", "OFFSET INTEGER", "OFFSETTYPE INTEGER",
+                            "EXPIRATIONDATEMETHOD INTEGER", "BYDAYSNUMBER INTEGER", "BYDAYSMONTHTYPE INTEGER",
+                            "BYDAYSOFWEEKNUMBER INTEGER", "DAYOFWEEK INTEGER", "BYDAYSOFWEEKMONTHTYPE INTEGER"));
     EXPECT_THAT(ColumnsOf(m_Database, "CURRENCY"), ElementsAre("ID INTEGER", "CURRENCY_CODE INTEGER"));
+}
+
+TEST_F(Creation, GivesTextFileMapsAsManyColumnsAsAreBound) {
     EXPECT_EQ(14u, ColumnsOf(m_Database, "ASC_MAP").size());
     EXPECT_EQ(4u, ColumnsOf(m_Database, "ASC_TEMPLATES").size());
 }
@@ -157,6 +169,21 @@ TEST_F(Creation, ComparesNamesExactlyAndUpperCasesEveryAlphabet) {
     EXPECT_EQ("0", m_Database.Value("SELECT COUNT(*) FROM PORTFOLIO WHERE SYMBOL_NAME='größe'"));
     EXPECT_EQ("2", m_Database.Value("SELECT SYMBOL FROM PORTFOLIO WHERE UPPER(SYMBOL_NAME)=UPPER('Нефть')"));
     EXPECT_EQ("1", m_Database.Value("SELECT SYMBOL FROM PORTFOLIO WHERE UPPER(SYMBOL_NAME) LIKE 'GRÖ%'"));
+}
+
+TEST_F(Creation, TakesBlanksAtTheEndForNothingInAComparisonOfWholeNames) {
+    m_Database.Run("INSERT INTO PORTFOLIO (SYMBOL, SYMBOL_NAME) VALUES (1, 'ES ')");
+    const auto count = [this](const std::string& condition) {
+        return m_Database.Value("SELECT COUNT(*) FROM PORTFOLIO WHERE " + condition);
+    };
+    EXPECT_EQ("1", count("SYMBOL_NAME='ES'"));
+    EXPECT_EQ("1", count("SYMBOL_NAME='ES  '"));
+    EXPECT_EQ("1", count("UPPER(SYMBOL_NAME)=UPPER('es')"));
+    EXPECT_EQ("0", count("SYMBOL_NAME=' ES'"));
+    EXPECT_EQ("0", count("UPPER(SYMBOL_NAME) LIKE 'ES'"));
+    EXPECT_EQ("1", count("UPPER(SYMBOL_NAME) LIKE 'ES %'"));
+    EXPECT_EQ("0", count("SYMBOL_NAME STARTING WITH 'ES  '"));
+    EXPECT_EQ("3", m_Database.Value("SELECT CHAR_LENGTH(SYMBOL_NAME) FROM PORTFOLIO")); // kept as it was given
 }
 
 TEST_F(Creation, HoldsTextsOfFullWidthInCharactersNotBytes) {
@@ -199,25 +226,16 @@ TEST_F(Creation, RefreshesTheStatisticsOfAllIndexes) {
     EXPECT_EQ("0", m_Database.Value(unknown));
 }
 
-TEST(Upgrade, LeadsFromTheOldestVersionToTheCurrentOne) {
-    EXPECT_TRUE(
-        sqSchema::IsCompleteChain(sqSchema::UpgradeSteps(), sqSchema::OldestVersion, sqSchema::CurrentVersion));
-    for (const auto& step : sqSchema::UpgradeSteps())
+TEST(Upgrade, LeadsFromTheFirstVersionToTheCurrentOneWithoutGaps) {
+    std::int32_t version = 1;
+    for (const auto& step : sqSchema::UpgradeSteps()) {
+        EXPECT_EQ(version, step.From);
+        EXPECT_LT(step.From, step.To);
+        ASSERT_FALSE(step.Statements.empty()) << step.From;
         EXPECT_THAT(step.Statements.back(), HasSubstr("SCHEMA_VERSION=" + std::to_string(step.To)));
-}
-
-TEST(Upgrade, SeesGapsAndEmptySteps) {
-    static constexpr std::string_view something[]{"UPDATE SCHEMA_INFO SET SCHEMA_VERSION=2"};
-    using Steps = std::vector<sqSchema::tagUpgradeStep>;
-    using sqSchema::IsCompleteChain;
-    EXPECT_TRUE(IsCompleteChain(Steps{}, 3, 3));
-    EXPECT_FALSE(IsCompleteChain(Steps{}, 1, 2));
-    EXPECT_TRUE(IsCompleteChain(Steps{{1, 2, something}, {2, 4, something}}, 1, 4));
-    EXPECT_FALSE(IsCompleteChain(Steps{{1, 2, something}, {3, 4, something}}, 1, 4));
-    EXPECT_FALSE(IsCompleteChain(Steps{{1, 2, something}}, 1, 3));
-    EXPECT_FALSE(IsCompleteChain(Steps{{2, 3, something}}, 1, 3));
-    EXPECT_FALSE(IsCompleteChain(Steps{{1, 1, something}, {1, 2, something}}, 1, 2));
-    EXPECT_FALSE(IsCompleteChain(Steps{{1, 2, {}}}, 1, 2));
+        version = step.To;
+    }
+    EXPECT_EQ(sqSchema::CurrentVersion, version);
 }
 
 } // namespace
