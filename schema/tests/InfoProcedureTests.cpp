@@ -1,6 +1,5 @@
 #include "StatementTexts.h"
 #include "TestDatabase.h"
-#include "schema/interface/Schema.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,6 +15,9 @@ using testing::SizeIs;
 
 constexpr auto GmtZone = "0,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000";
 constexpr auto ChicagoZone = "360,0,11,0,1,02:00:00.0000,-60,3,0,2,02:00:00.0000";
+// As a connection tells its machine's zone: minutes, and seventeen numbers like an exchange's.
+constexpr auto SetLocalZone = "SELECT RDB$SET_CONTEXT('USER_SESSION','LOCAL_BIAS',?),"
+                              "RDB$SET_CONTEXT('USER_SESSION','LOCAL_TIME_ZONE',?) FROM RDB$DATABASE";
 constexpr auto BerlinZone = "-60,0,10,0,5,03:00:00.0000,-60,3,0,5,02:00:00.0000";
 
 // One exchange (10) with setting 100 and session 200, a symbol's own setting 101, own session 201 and a template
@@ -66,15 +68,19 @@ protected:
     CTestDatabase m_Database;
 };
 
-TEST_F(Info, OfASymbolHasItsColumnsInOrder) {
-    EXPECT_THAT(Symbol().Columns,
-                ElementsAre("SYMBOL", "SYMBOL_NAME", "SYMBOL_ROOT", "DESCRIPTION", "CUSIP", "CATEGORY", "DATA_FEED",
-                            "EXCHANGE", "EXCHANGE_NAME", "EXCHANGE_TIME_ZONE_INFORMATION", "SETTING_TYPE",
-                            "SETTING", "CUSTOM_SETTING", "PRICE_SCALE", "POINT_VALUE", "DAILY_LIMIT",
-                            "MIN_MOVEMENT", "SESSION_TYPE", "CUSTOM_SESSION", "TEMPLATE_SESSION", "SESSIONS_STRING",
-                            "SESSIONS_TIME_ZONE_INFORMATION", "STRIKE_PRICE", "CONTRACT_MONTH", "CONTRACT_YEAR",
-                            "CALL_PUT", "MARGIN", "EXPIRATION_DATE", "EXPIRED", "EXPIRATION_RULE",
-                            "FIRST_NOTICE_DATE", "DELIVERY", "EXCHANGE_GMT", "LOCAL_GMT"));
+TEST_F(Info, OfASymbolHasItsColumnsInOrderAndType) {
+    EXPECT_THAT(
+        m_Database.ResultTypes("SELECT * FROM GET_SYMBOL_INFO(1)"),
+        ElementsAre("SYMBOL INTEGER", "SYMBOL_NAME VARCHAR(31)", "SYMBOL_ROOT VARCHAR(31)",
+                    "DESCRIPTION VARCHAR(63)", "CUSIP VARCHAR(12)", "CATEGORY SMALLINT", "DATA_FEED INTEGER",
+                    "EXCHANGE INTEGER", "EXCHANGE_NAME VARCHAR(12)", "EXCHANGE_TIME_ZONE_INFORMATION VARCHAR(128)",
+                    "SETTING_TYPE SMALLINT", "SETTING INTEGER", "CUSTOM_SETTING INTEGER", "PRICE_SCALE INTEGER",
+                    "POINT_VALUE FLOAT", "DAILY_LIMIT INTEGER", "MIN_MOVEMENT FLOAT", "SESSION_TYPE SMALLINT",
+                    "CUSTOM_SESSION INTEGER", "TEMPLATE_SESSION INTEGER", "SESSIONS_STRING VARCHAR(512)",
+                    "SESSIONS_TIME_ZONE_INFORMATION VARCHAR(128)", "STRIKE_PRICE FLOAT", "CONTRACT_MONTH SMALLINT",
+                    "CONTRACT_YEAR SMALLINT", "CALL_PUT SMALLINT", "MARGIN INTEGER", "EXPIRATION_DATE DATE",
+                    "EXPIRED SMALLINT", "EXPIRATION_RULE SMALLINT", "FIRST_NOTICE_DATE DATE", "DELIVERY DATE",
+                    "EXCHANGE_GMT INTEGER", "LOCAL_GMT INTEGER"));
 }
 
 TEST_F(Info, OfACustomFutureHasItsColumnsInOrderAndType) {
@@ -219,7 +225,7 @@ TEST_F(Info, WritesSessionsUpTo511CharactersAndRefusesLongerOnes) {
 }
 
 TEST_F(Info, GivesTheSessionsZoneByItsTimeZone) {
-    m_Database.Run(sqSchema::SetLocalZoneStatement, {"-60", BerlinZone});
+    m_Database.Run(SetLocalZone, {"-60", BerlinZone});
     const auto zoneFor = [this](const std::string& timeZone) {
         Run("UPDATE SESSIONS SET TIME_ZONE=" + timeZone + " WHERE SESSION=200");
         return Both("SESSIONS_TIME_ZONE_INFORMATION");
@@ -234,28 +240,24 @@ TEST_F(Info, GivesTheSessionsZoneByItsTimeZone) {
 }
 
 TEST_F(Info, GivesTheDistancesFromGmtWithTheSignTurned) {
-    m_Database.Run(sqSchema::SetLocalZoneStatement, {"-60", BerlinZone});
+    m_Database.Run(SetLocalZone, {"-60", BerlinZone});
     EXPECT_EQ("60", Both("LOCAL_GMT"));
     EXPECT_EQ("-360", Both("EXCHANGE_GMT"));
 }
 
 TEST_F(Info, TakesGmtForTheLocalZoneOfAConnectionThatSetNone) {
     Run("UPDATE SESSIONS SET TIME_ZONE=0");
-    m_Database.Run(sqSchema::SetLocalZoneStatement, {"-60", BerlinZone});
+    m_Database.Run(SetLocalZone, {"-60", BerlinZone});
     m_Database.Reconnect();
     EXPECT_EQ("0", Both("LOCAL_GMT"));
     EXPECT_EQ(GmtZone, Both("SESSIONS_TIME_ZONE_INFORMATION"));
 }
 
 TEST_F(Info, TakesTheLocalZoneFromTheVariablesOfTheConnection) {
-    m_Database.Read(sqSchema::SetLocalZoneStatement, {"300", BerlinZone}); // a read-only transaction is enough
-    const auto variable = [this](std::string_view name) {
-        return m_Database.Value("SELECT RDB$GET_CONTEXT('USER_SESSION','" + std::string(name) +
-                                "') FROM RDB$DATABASE");
-    };
-    EXPECT_EQ("300", variable(sqSchema::LocalBiasVariable));
-    EXPECT_EQ(BerlinZone, variable(sqSchema::LocalTimeZoneVariable));
+    Run("UPDATE SESSIONS SET TIME_ZONE=0");
+    m_Database.Read(SetLocalZone, {"300", BerlinZone}); // a read-only transaction is enough
     EXPECT_EQ("-300", Both("LOCAL_GMT"));
+    EXPECT_EQ(BerlinZone, Both("SESSIONS_TIME_ZONE_INFORMATION"));
 }
 
 TEST_F(Info, OfASymbolWhoseExchangeIsGoneLacksOnlyWhatCameFromThere) {
@@ -288,6 +290,43 @@ TEST_F(Info, FitsTheLongestLegalZoneIntoItsColumns) {
     EXPECT_EQ(longest, Both("EXCHANGE_TIME_ZONE_INFORMATION"));
     EXPECT_EQ(longest, Both("SESSIONS_TIME_ZONE_INFORMATION"));
     EXPECT_THAT(m_Database.Read(AllCustomFutures).Column("EXCHANGE_TIME_ZONE_INFORMATION"), ElementsAre(longest));
+}
+
+TEST_F(Info, OfACustomFutureTakesAZoneOf64CharactersAndRefusesALongerOne) {
+    const auto setBias = [this](const std::string& bias) {
+        Run("UPDATE EXCHANGES SET BIAS=" + bias +
+            ", STANDARD_BIAS=-1440, DAYLIGHT_BIAS=-1440, STANDARD_MONTH=12, "
+            "STANDARD_DAY=31, DAYLIGHT_MONTH=12, DAYLIGHT_DAY=31");
+    };
+    setBias("-1234567");
+    EXPECT_EQ("-1234567,-1440,12,0,31,02:00:00.0000,-1440,12,0,31,02:00:00.0000",
+              Both("EXCHANGE_TIME_ZONE_INFORMATION"));
+    setBias("-12345678");
+    EXPECT_EQ(65u, Symbol().Column("EXCHANGE_TIME_ZONE_INFORMATION").at(0).size());
+    for (const auto sql : {std::string_view("SELECT * FROM GET_CF_INFO(2)"), AllCustomFutures}) {
+        try {
+            m_Database.Read(sql);
+            ADD_FAILURE() << sql;
+        } catch (const CDatabaseError& error) {
+            EXPECT_THAT(error.what(),
+                        HasSubstr("The time zone of exchange 10 takes more than 64 characters: "
+                                  "-12345678,-1440,12,0,31,02:00:00.0000,-1440,12,0,31,02:00:00.0000. "
+                                  "Correct the time zone of the exchange."));
+        }
+    }
+}
+
+TEST_F(Info, OfASessionThatTheTextCannotHoldIsRefusedInEveryForm) {
+    AddDetail("200", "-1", "0", "0", "0");
+    for (const auto sql : {std::string_view("SELECT * FROM GET_SYMBOL_INFO(1)"),
+                           std::string_view("SELECT * FROM GET_CF_INFO(2)"), AllCustomFutures}) {
+        try {
+            m_Database.Read(sql);
+            ADD_FAILURE() << sql;
+        } catch (const CDatabaseError& error) {
+            EXPECT_THAT(error.what(), HasSubstr("A detail of session 200 has a negative value")) << sql;
+        }
+    }
 }
 
 TEST_F(Info, OfAllCustomFuturesComesInTheOrderOfTheirNames) {

@@ -155,6 +155,13 @@ TEST_F(Procedure, SelectExchangeDeliversTheKeysAndTexts) {
                                              "0,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000"));
 }
 
+TEST_F(Procedure, SelectExchangeHasItsColumnsInType) {
+    EXPECT_THAT(m_Database.ResultTypes("SELECT * FROM SELECT_EXCHANGE(0)"),
+                ElementsAre("EXCHANGE INTEGER", "EXCHANGE_NAME VARCHAR(12)", "DESCRIPTION VARCHAR(255)",
+                            "HOLIDAY INTEGER", "SETTING INTEGER", "SESSION INTEGER", "TIME_ZONE INTEGER",
+                            "MAP_ID VARCHAR(63)", "EXCHANGE_TIME_ZONE_INFORMATION VARCHAR(128)"));
+}
+
 TEST_F(Procedure, SelectExchangePacksTheZoneInTheOrderOfTheText) {
     InsertExchange("1", "1,360,1,2,3,11,'02:03:04.0000',-60,5,4,6,'07:08:09.0000'");
     EXPECT_EQ("360,1,11,2,3,02:03:04.0000,-60,6,5,4,07:08:09.0000", Zone("1"));
@@ -213,6 +220,12 @@ TEST_F(AvailableSessions, AreTheOwnTheExchangesAndAllTemplates) {
 TEST_F(AvailableSessions, ComeOnceEach) {
     EXPECT_THAT(Of("11", "3", "3"), ElementsAre("3", "4"));
     EXPECT_THAT(Of("10", "2", "4"), ElementsAre("2", "3", "4"));
+}
+
+TEST_F(AvailableSessions, IncludeTheOneThatTheRowNamesAsTemplateWhateverItsType) {
+    EXPECT_THAT(Of("10", "0", "5"), ElementsAre("2", "3", "4", "5"));
+    EXPECT_THAT(Of("10", "1", "5"), ElementsAre("1", "2", "3", "4", "5"));
+    EXPECT_THAT(Of("10", "5", "5"), ElementsAre("2", "3", "4", "5"));
 }
 
 TEST_F(AvailableSessions, DoWithoutAMissingExchangeOrSession) {
