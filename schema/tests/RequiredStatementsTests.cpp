@@ -10,7 +10,7 @@ namespace {
 
 using testing::ElementsAre;
 
-std::vector<std::string> ReferenceDataStatements() {
+std::vector<std::string> HolidayStatements() {
     return {
         "SELECT * FROM HOLIDAYS",
         "SELECT * FROM HOLIDAYS WHERE HOLIDAY=1",
@@ -22,12 +22,22 @@ std::vector<std::string> ReferenceDataStatements() {
         "SELECT * FROM HOLIDAY_DETAILS WHERE HOLIDAY=1",
         "INSERT INTO HOLIDAY_DETAILS VALUES(?,?,?,?)",
         "DELETE FROM HOLIDAY_DETAILS WHERE HOLIDAY=1 AND HOLIDAY_START_DATE='25.12.2015'",
+    };
+}
+
+std::vector<std::string> SettingStatements() {
+    return {
         "SELECT * FROM SETTINGS",
         "SELECT * FROM SETTINGS WHERE SETTING=1",
         "INSERT INTO SETTINGS VALUES(1,100,12.500000,5,0.250000)",
         "DELETE FROM SETTINGS WHERE SETTING=1",
         "UPDATE SETTINGS SET PRICE_SCALE=1, POINT_VALUE=0.100000, DAILY_LIMIT=2, MIN_MOVEMENT=1.000000 WHERE "
         "SETTING=1",
+    };
+}
+
+std::vector<std::string> DataFeedStatements() {
+    return {
         "SELECT DATA_FEED, DATA_FEED_NAME, DATA_FEED_SHORT_NAME, DATA_FEED_DLL_NAME, CLSID, ACTIVATED AS "
         "\"ACTIVE\", "
         "DELETED FROM DATA_FEEDS WHERE ACTIVATED=1 AND DELETED=0",
@@ -43,6 +53,11 @@ std::vector<std::string> ReferenceDataStatements() {
         "SELECT DATA_FEED FROM DATA_FEEDS WHERE DATA_FEED_NAME='n' AND DELETED=0",
         "SELECT DATA_FEED FROM DATA_FEEDS WHERE ASCII=1",
         "SELECT DATA_FEED, DATA_FEED_NAME FROM DATA_FEEDS",
+    };
+}
+
+std::vector<std::string> ExchangeStatements() {
+    return {
         "SELECT * FROM SELECT_EXCHANGE(1)",
         "SELECT EXCHANGE_NAME, EXCHANGE_TIME_ZONE_INFORMATION FROM SELECT_EXCHANGE(0)",
         "INSERT INTO EXCHANGES VALUES(1,'CME',2,3,4,5,'map',1,360,0,0,1,11,'02:00:00.0000',-60,0,2,3,"
@@ -58,6 +73,11 @@ std::vector<std::string> ReferenceDataStatements() {
         "SELECT EXCHANGE, EXCHANGE_NAME, SETTING, SESSION, USE_DAYLIGHT, BIAS, STANDARD_BIAS, STANDARD_MONTH, "
         "STANDARD_DAY_OF_WEEK, STANDARD_DAY, STANDARD_TIME, DAYLIGHT_BIAS, DAYLIGHT_MONTH, DAYLIGHT_DAY_OF_WEEK, "
         "DAYLIGHT_DAY, DAYLIGHT_TIME FROM EXCHANGES",
+    };
+}
+
+std::vector<std::string> SessionStatements() {
+    return {
         "SELECT SESSION FROM SESSIONS WHERE SESSION_TYPE=2 AND UPPER(SESSION_NAME)=UPPER('abc')",
         "SELECT SYMBOL FROM PORTFOLIO WHERE SESSION_TYPE=2 AND TEMPLATE_SESSION=1",
         "SELECT CF FROM CUSTOM_FUTURES WHERE SESSION_TYPE=2 AND TEMPLATE_SESSION=1",
@@ -71,18 +91,27 @@ std::vector<std::string> ReferenceDataStatements() {
         "SELECT * FROM SESSION_DETAILS WHERE SESSION=1",
         "INSERT INTO SESSION_DETAILS VALUES(?,?,?,?,?,?,?,?)",
         "DELETE FROM SESSION_DETAILS WHERE SESSION=1",
+    };
+}
+
+std::vector<std::string> CurrencyStatements() {
+    return {
         "SELECT * FROM CURRENCY",
         "SELECT * FROM CURRENCY WHERE ID=1",
         "UPDATE CURRENCY SET CURRENCY_CODE=1 WHERE ID=1",
         "INSERT INTO CURRENCY VALUES(1,2)",
         "DELETE FROM CURRENCY WHERE ID=1",
+    };
+}
+
+std::vector<std::string> ExpirationRuleStatements() {
+    return {
         "SELECT * FROM EXPIRATION_RULES",
         "SELECT * FROM EXPIRATION_RULES WHERE ID=1",
         "INSERT INTO EXPIRATION_RULES VALUES(1, 'third Friday',0, 1, 1, 0, 1, 3, 5, 1)",
         "UPDATE EXPIRATION_RULES SET NAME='n', \"OFFSET\"=1, OFFSETTYPE=1, EXPIRATIONDATEMETHOD=1, BYDAYSNUMBER=1, "
         "BYDAYSMONTHTYPE=1, BYDAYSOFWEEKNUMBER=1, DAYOFWEEK=1, BYDAYSOFWEEKMONTHTYPE=1 WHERE ID=1",
         "DELETE FROM EXPIRATION_RULES WHERE ID=1",
-        "SELECT * FROM GENERATE_ID(1)",
     };
 }
 
@@ -187,14 +216,20 @@ protected:
     CTestDatabase m_Database;
 };
 
-TEST_F(RequiredStatements, OnReferenceDataPrepare) { ExpectPrepared(ReferenceDataStatements()); }
+TEST_F(RequiredStatements, OnHolidaysPrepare) { ExpectPrepared(HolidayStatements()); }
+TEST_F(RequiredStatements, OnSettingsPrepare) { ExpectPrepared(SettingStatements()); }
+TEST_F(RequiredStatements, OnDataFeedsPrepare) { ExpectPrepared(DataFeedStatements()); }
+TEST_F(RequiredStatements, OnExchangesPrepare) { ExpectPrepared(ExchangeStatements()); }
+TEST_F(RequiredStatements, OnSessionsPrepare) { ExpectPrepared(SessionStatements()); }
+TEST_F(RequiredStatements, OnCurrenciesPrepare) { ExpectPrepared(CurrencyStatements()); }
+TEST_F(RequiredStatements, OnExpirationRulesPrepare) { ExpectPrepared(ExpirationRuleStatements()); }
 TEST_F(RequiredStatements, OnSymbolsPrepareForPortfolio) { ExpectPrepared(SymbolStatements("PORTFOLIO")); }
 TEST_F(RequiredStatements, OnSymbolsPrepareForDictionary) { ExpectPrepared(SymbolStatements("DICTIONARY")); }
 TEST_F(RequiredStatements, OnThePortfolioPrepare) { ExpectPrepared(PortfolioStatements()); }
 TEST_F(RequiredStatements, OnCustomFuturesPrepare) { ExpectPrepared(CustomFutureStatements()); }
 
-TEST_F(RequiredStatements, SelectTheVersion) {
-    ExpectPrepared({std::string(sqSchema::SelectVersionStatement), std::string(sqSchema::SetLocalZoneStatement),
+TEST_F(RequiredStatements, OnTheWholeDatabasePrepare) {
+    ExpectPrepared({"SELECT * FROM GENERATE_ID(1)", std::string(sqSchema::SelectVersionStatement),
                     std::string(sqSchema::RefreshStatisticsStatement)});
 }
 
@@ -252,6 +287,11 @@ TEST_F(BatchInsertTest, OverwritesAnExistingRowUnderItsKeyWhenAskedTo) {
 
 TEST_F(BatchInsertTest, TellsNamesThatDifferInCaseApart) {
     EXPECT_NE(Insert(false, "ESH15", "1"), Insert(false, "esh15", "1"));
+}
+
+TEST_F(BatchInsertTest, TakesNamesThatDifferInBlanksAtTheEndForOneSymbol) {
+    EXPECT_EQ(Insert(false, "ESH15", "1"), Insert(false, "ESH15 ", "1"));
+    EXPECT_NE(Insert(false, "ESH15", "1"), Insert(false, " ESH15", "1"));
 }
 
 } // namespace
