@@ -7,18 +7,14 @@
 // The definition of the store's database, as statements for whoever has a connection. Nothing here talks to a
 // database. All texts are UTF-8, end without a terminator, and live as long as the program. All functions may
 // be called from any thread.
+//
+// The statements need what a connection gives: a database of dialect 3 in UTF8, whose pages of 16384 bytes hold the
+// longest index key, and, for the procedures, the machine's time zone in two variables of the connection (see
+// procedures.sql).
 namespace sqSchema {
 
 // The version that the program expects in SCHEMA_INFO.
 inline constexpr std::int32_t CurrentVersion = 1;
-
-// The oldest version that UpgradeSteps() can start from.
-inline constexpr std::int32_t OldestVersion = 1;
-
-// What a database has to be created with; the page has to hold the longest index key. DDL needs dialect 3.
-inline constexpr std::string_view CharacterSet = "UTF8";
-inline constexpr std::int32_t PageSize = 16384;
-inline constexpr std::int32_t SqlDialect = 3;
 
 // Gives one row with one integer. Fails on a database that was not made by this definition, and gives no row on
 // one whose creation did not finish: neither can be worked with or upgraded.
@@ -37,24 +33,9 @@ struct tagUpgradeStep {
     std::span<const std::string_view> Statements;
 };
 
-// All known steps, oldest first, without gaps from OldestVersion to CurrentVersion. A database of version n needs
-// those whose From is n or more.
+// All known steps, oldest first, without gaps from version 1 to CurrentVersion. A database of version n needs those
+// whose From is n or more.
 std::span<const tagUpgradeStep> UpgradeSteps();
-
-// Whether the steps lead from one version to the other, each starting where the one before it ends, and each
-// with something to run. No steps are a complete chain between equal versions.
-bool IsCompleteChain(std::span<const tagUpgradeStep> steps, std::int32_t from, std::int32_t to);
-
-// What only the connected machine knows, kept in variables of the connection (name space USER_SESSION). Without
-// them the database takes GMT for the local zone.
-inline constexpr std::string_view LocalBiasVariable = "LOCAL_BIAS";          // minutes, in decimal
-inline constexpr std::string_view LocalTimeZoneVariable = "LOCAL_TIME_ZONE"; // seventeen numbers, as an exchange's
-
-// Sets both, once for each connection, in any transaction. Two text parameters in the order of the names above;
-// the one row that it gives means nothing.
-inline constexpr std::string_view SetLocalZoneStatement =
-    "SELECT RDB$SET_CONTEXT('USER_SESSION','LOCAL_BIAS',?),RDB$SET_CONTEXT('USER_SESSION','LOCAL_TIME_ZONE',?) "
-    "FROM RDB$DATABASE";
 
 // Makes the database count its indexes anew, so that it chooses the right ones. To be run after a large import:
 // the counts of a fresh database were taken while it was empty.

@@ -17,6 +17,11 @@ using namespace Firebird;
 
 constexpr unsigned TextLength = 4096; // bytes; no value of the store is longer
 
+// As the store makes its databases.
+constexpr std::string_view CharacterSet = "UTF8";
+constexpr int PageSize = 16384;
+constexpr int Dialect = 3;
+
 // The client library reads its lock directory once, at its first call.
 IMaster* Master() {
     static platform::CTemporaryDirectory lockDirectory("sqstorage-lock");
@@ -206,9 +211,9 @@ void CTestTransaction::End(EEnd how) {
 
 CTestDatabase::CTestDatabase(EContent content) : m_Path((m_Directory.Path() / "test.fdb").string()) {
     CParameterBlock block(IXpbBuilder::DPB);
-    block.Text(isc_dpb_user_name, "SYSDBA").Text(isc_dpb_lc_ctype, "UTF8");
-    block.Text(isc_dpb_set_db_charset, sqSchema::CharacterSet).Number(isc_dpb_page_size, sqSchema::PageSize);
-    block.Number(isc_dpb_sql_dialect, sqSchema::SqlDialect).Number(isc_dpb_force_write, 0);
+    block.Text(isc_dpb_user_name, "SYSDBA").Text(isc_dpb_lc_ctype, CharacterSet);
+    block.Text(isc_dpb_set_db_charset, CharacterSet).Number(isc_dpb_page_size, PageSize);
+    block.Number(isc_dpb_sql_dialect, Dialect).Number(isc_dpb_force_write, 0);
     m_Attachment = Own([&](ThrowStatusWrapper* s) {
         return Provider()->createDatabase(s, m_Path.c_str(), block.Size(), block.Bytes());
     });
@@ -222,7 +227,7 @@ CTestDatabase::~CTestDatabase() { m_Attachment.reset(); }
 void CTestDatabase::Reconnect() {
     m_Attachment.reset();
     CParameterBlock block(IXpbBuilder::DPB);
-    block.Text(isc_dpb_user_name, "SYSDBA").Text(isc_dpb_lc_ctype, "UTF8");
+    block.Text(isc_dpb_user_name, "SYSDBA").Text(isc_dpb_lc_ctype, CharacterSet);
     m_Attachment = Own([&](ThrowStatusWrapper* s) {
         return Provider()->attachDatabase(s, m_Path.c_str(), block.Size(), block.Bytes());
     });
@@ -246,8 +251,8 @@ std::string CTestDatabase::Value(std::string_view sql) { return Read(sql).Rows.a
 
 CCounted<IStatement> CTestDatabase::PrepareIn(ITransaction* transaction, std::string_view sql) {
     return Own([&](ThrowStatusWrapper* s) {
-        return m_Attachment->prepare(s, transaction, static_cast<unsigned>(sql.size()), sql.data(),
-                                     sqSchema::SqlDialect, IStatement::PREPARE_PREFETCH_ALL);
+        return m_Attachment->prepare(s, transaction, static_cast<unsigned>(sql.size()), sql.data(), Dialect,
+                                     IStatement::PREPARE_PREFETCH_ALL);
     });
 }
 
