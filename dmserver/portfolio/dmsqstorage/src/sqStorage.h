@@ -172,6 +172,9 @@ private:
     LONG GenerateId();
     // The common end of a write: trace, run, announce.
     void ExecuteAndNotify(const BugSlayerUtil::CScope& scope, const wchar_t* sql, ULONG Mask, LONG ValueID = 0);
+    // Runs the statement that `makeSql` makes of the request into the table, within the error guard.
+    template <class MakeSql>
+    void SelectInto(const BugSlayerUtil::CScope& scope, IdmRequest* Request, IdmTable* Table, MakeSql&& makeSql);
     // Writes all records of the table in place of those that the field of the current record names. An absent field
     // is reported, and nothing is removed then.
     template <class Remove>

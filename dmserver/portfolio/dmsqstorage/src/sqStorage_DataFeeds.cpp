@@ -2,19 +2,17 @@
 
 #include "SelectStatements.h"
 #include "StatementText.h"
+#include "TableShapes.h"
 #include "diagnostics/interface/BugSlayer.h"
 
 namespace sqStorage {
 
 void CStorage::SelectDataFeed(IdmRequest* Request, IdmTable* Table) {
     const BugSlayerUtil::CScope scope(this);
-    scope.Guard([&] {
-        const bool hasRequest = scope.Assert(Request != nullptr, L"Request");
-        if (!scope.Assert(Table != nullptr, L"Table") || !hasRequest)
-            return;
+    SelectInto(scope, Request, Table, [](IdmRequest& request) {
         wchar_t sql[1024];
-        GetDataFeedSql(Request, sql, 1024);
-        Execute(sql, nullptr, Table);
+        GetDataFeedSql(&request, sql, 1024);
+        return CSqlText(L"%s", sql);
     });
 }
 

@@ -1,6 +1,7 @@
 #include "sqStorage.h"
 
 #include "StatementText.h"
+#include "TableShapes.h"
 #include "diagnostics/interface/BugSlayer.h"
 #include "dmserver/dmudfcom/interface/FieldIds.h"
 #include "dmserver/portfolio/dmsqStorageInterface/interface/qxStorageGetFieldHelper.h"
@@ -36,13 +37,10 @@ private:
 
 void CStorage::SelectExchange(IdmRequest* Request, IdmTable* Table) {
     const BugSlayerUtil::CScope scope(this);
-    scope.Guard([&] {
-        const bool hasRequest = scope.Assert(Request != nullptr, L"Request");
-        if (!scope.Assert(Table != nullptr, L"Table") || !hasRequest)
-            return;
+    SelectInto(scope, Request, Table, [](IdmRequest& request) {
         LONG Exchange = 0;
-        Request->get_ExchangeId(0, &Exchange);
-        Execute(CSqlText(L"SELECT * FROM SELECT_EXCHANGE(%d)", Exchange).Text(), nullptr, Table);
+        request.get_ExchangeId(0, &Exchange);
+        return CSqlText(L"SELECT * FROM SELECT_EXCHANGE(%d)", Exchange);
     });
 }
 

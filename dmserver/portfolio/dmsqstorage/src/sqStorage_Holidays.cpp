@@ -1,7 +1,7 @@
 #include "sqStorage.h"
 
-#include "ReplaceDetails.h"
 #include "StatementText.h"
+#include "TableShapes.h"
 #include "diagnostics/interface/BugSlayer.h"
 #include "dmserver/dmudfcom/interface/FieldIds.h"
 
@@ -9,16 +9,11 @@ namespace sqStorage {
 
 void CStorage::SelectHoliday(IdmRequest* Request, IdmTable* Table) {
     const BugSlayerUtil::CScope scope(this);
-    scope.Guard([&] {
-        // Both are checked, so that both are reported.
-        const bool hasRequest = scope.Assert(Request != nullptr, L"Request");
-        if (!scope.Assert(Table != nullptr, L"Table") || !hasRequest)
-            return;
+    SelectInto(scope, Request, Table, [](IdmRequest& request) {
         LONG Holiday = 0;
-        Request->get_HolidayId(&Holiday);
-        const CSqlText sql = Holiday == 0 ? CSqlText(L"SELECT * FROM HOLIDAYS")
-                                          : CSqlText(L"SELECT * FROM HOLIDAYS WHERE HOLIDAY=%d", Holiday);
-        Execute(sql.Text(), nullptr, Table);
+        request.get_HolidayId(&Holiday);
+        return Holiday == 0 ? CSqlText(L"SELECT * FROM HOLIDAYS")
+                            : CSqlText(L"SELECT * FROM HOLIDAYS WHERE HOLIDAY=%d", Holiday);
     });
 }
 

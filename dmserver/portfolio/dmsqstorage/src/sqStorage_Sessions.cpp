@@ -1,7 +1,7 @@
 #include "sqStorage.h"
 
-#include "ReplaceDetails.h"
 #include "StatementText.h"
+#include "TableShapes.h"
 #include "diagnostics/interface/BugSlayer.h"
 #include "dmserver/dmudfcom/interface/FieldIds.h"
 
@@ -16,18 +16,14 @@ constexpr std::size_t SessionNameLimit = 62;
 
 void CStorage::SelectSession(IdmRequest* Request, IdmTable* Table) {
     const BugSlayerUtil::CScope scope(this);
-    scope.Guard([&] {
-        const bool hasRequest = scope.Assert(Request != nullptr, L"Request");
-        if (!scope.Assert(Table != nullptr, L"Table") || !hasRequest)
-            return;
+    SelectInto(scope, Request, Table, [](IdmRequest& request) {
         LONG Session = 0;
         LONG SessionType = 0;
-        Request->get_SessionId(&Session);
-        if (Session == 0)
-            Request->get_SessionType(&SessionType);
-        const CSqlText sql = Session != 0 ? CSqlText(L"SELECT * FROM SESSIONS WHERE SESSION=%d", Session)
-                                          : CSqlText(L"SELECT * FROM SESSIONS WHERE SESSION_TYPE=%d", SessionType);
-        Execute(sql.Text(), nullptr, Table);
+        request.get_SessionId(&Session);
+        if (Session != 0)
+            return CSqlText(L"SELECT * FROM SESSIONS WHERE SESSION=%d", Session);
+        request.get_SessionType(&SessionType);
+        return CSqlText(L"SELECT * FROM SESSIONS WHERE SESSION_TYPE=%d", SessionType);
     });
 }
 
@@ -84,15 +80,11 @@ LONG CStorage::DeleteSession(LONG Session) {
 
 void CStorage::SelectSessionDetails(IdmRequest* Request, IdmTable* Table) {
     const BugSlayerUtil::CScope scope(this);
-    scope.Guard([&] {
-        const bool hasRequest = scope.Assert(Request != nullptr, L"Request");
-        if (!scope.Assert(Table != nullptr, L"Table") || !hasRequest)
-            return;
+    SelectInto(scope, Request, Table, [](IdmRequest& request) {
         LONG Session = 0;
-        Request->get_SessionId(&Session);
-        const CSqlText sql = Session == 0 ? CSqlText(L"SELECT * FROM SESSION_DETAILS")
-                                          : CSqlText(L"SELECT * FROM SESSION_DETAILS WHERE SESSION=%d", Session);
-        Execute(sql.Text(), nullptr, Table);
+        request.get_SessionId(&Session);
+        return Session == 0 ? CSqlText(L"SELECT * FROM SESSION_DETAILS")
+                            : CSqlText(L"SELECT * FROM SESSION_DETAILS WHERE SESSION=%d", Session);
     });
 }
 

@@ -1,22 +1,20 @@
 #include "sqStorage.h"
 
 #include "StatementText.h"
+#include "TableShapes.h"
 #include "diagnostics/interface/BugSlayer.h"
 
 namespace sqStorage {
 
 void CStorage::SelectSetting(IdmRequest* Request, IdmTable* Table) {
     const BugSlayerUtil::CScope scope(this);
-    scope.Guard([&] {
-        const bool hasRequest = scope.Assert(Request != nullptr, L"Request");
-        if (!scope.Assert(Table != nullptr, L"Table") || !hasRequest)
-            return;
+    SelectInto(scope, Request, Table, [](IdmRequest& request) {
         LONG Setting = 0;
-        Request->get_SettingId(&Setting);
+        request.get_SettingId(&Setting);
         CSqlText sql(L"SELECT * FROM SETTINGS");
         if (Setting != 0)
             sql.Append(L" WHERE SETTING=%d", Setting);
-        Execute(sql.Text(), nullptr, Table);
+        return sql;
     });
 }
 

@@ -1,10 +1,22 @@
-// How the dates of a calendar and the details of a session are replaced.
+// Two shapes that the operations on tables share: a select that a request describes, and the replacement of
+// details.
 #pragma once
 
 #include "diagnostics/interface/BugSlayer.h"
 #include "sqStorage.h"
 
 namespace sqStorage {
+
+template <class MakeSql>
+void CStorage::SelectInto(const BugSlayerUtil::CScope& scope, IdmRequest* Request, IdmTable* Table,
+                          MakeSql&& makeSql) {
+    scope.Guard([&] {
+        // Both are checked, so that both are reported.
+        const bool hasRequest = scope.Assert(Request != nullptr, L"Request");
+        if (scope.Assert(Table != nullptr, L"Table") && hasRequest)
+            Execute(makeSql(*Request).Text(), nullptr, Table);
+    });
+}
 
 // Not one transaction: a reader between the two steps sees no details at all.
 template <class Remove>
