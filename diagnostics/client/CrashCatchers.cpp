@@ -1,10 +1,10 @@
 #include "diagnostics/interface/CrashCatchers.h"
 
 #include "RecordWriter.h"
+#include "WithoutException.h"
 #include "platform/last_error.h"
 #include "platform/thread.h"
 
-#include <exception>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -13,7 +13,6 @@ namespace BugSlayerUtil {
 
 namespace {
 
-constexpr DWORD InvalidParameterCode = 0xC000000D;
 constexpr DWORD FirstFloatCode = 0xC000008D;
 constexpr DWORD LastFloatCode = 0xC0000093;
 
@@ -24,7 +23,7 @@ HRESULT SubmitCrash(const platform::tagExceptionInfo& info, EExceptionType type)
     BugSlayerClient& client = GetClient();
     if (!client.Ready())
         return E_FAIL;
-    try {
+    return WithoutException([&] {
         const auto root = client.Object.Get();
         CRecordWriter record(root.Get(), RecordType::Exception);
         record.Text(Name::ExceptionMark.Get(), L"");
@@ -36,9 +35,13 @@ HRESULT SubmitCrash(const platform::tagExceptionInfo& info, EExceptionType type)
         record.Pointer(Name::Address.Get(), info.Address);
         record.Pointer(Name::ExceptionPointers.Get(), &info);
         return record.Process();
-    } catch (const std::exception&) {
-        return E_FAIL;
-    }
+    });
+}
+
+// Keeps the last error for who is called next.
+void ReportCrash(const platform::tagExceptionInfo& info, int exitCode) {
+    const platform::CLastErrorKeeper keeper;
+    GetClient().ApplyAction(SubmitCrash(info, EExceptionType::Other), exitCode);
 }
 
 // A catcher of the process, with what it replaced. `Set` is the platform's setter, `Caught` goes in its place.
@@ -146,13 +149,12 @@ tagCatchers& Catchers() {
 
 void OnInvalidParameter(const platform::tagInvalidParameter& parameter) {
     const platform::CThreadContext context = platform::CaptureThreadContext();
-    const HRESULT code = SubmitCrash({.Code = InvalidParameterCode,
-                                      .Address = parameter.Address,
-                                      .Data = nullptr,
-                                      .Continuable = true,
-                                      .Context = &context},
-                                     EExceptionType::Other);
-    GetClient().ApplyAction(code, static_cast<int>(InvalidParameterCode));
+    ReportCrash({.Code = InvalidParameterCode,
+                 .Address = parameter.Address,
+                 .Data = nullptr,
+                 .Continuable = true,
+                 .Context = &context},
+                static_cast<int>(InvalidParameterCode));
     if (const auto previous = Catchers().InvalidParameter.Previous())
         previous(parameter);
 }
@@ -171,25 +173,42 @@ void OnStructuredException(const platform::tagExceptionInfo& info) {
     if (!MustPassOn(info.Code)) {
         if (info.Code >= FirstFloatCode && info.Code <= LastFloatCode)
             platform::ResetFloatingPoint();
-        GetClient().ApplyAction(SubmitCrash(info, EExceptionType::Other));
+        ReportCrash(info, -1);
     }
     if (const auto previous = Catchers().Translators.Previous())
         previous(info);
 }
 
+template <ECrashCatcher Kind>
+auto& CatcherOf() {
+    if constexpr (Kind == ECrashCatcher::InvalidParameter)
+        return Catchers().InvalidParameter;
+    else if constexpr (Kind == ECrashCatcher::UnhandledException)
+        return Catchers().UnhandledException;
+    else
+        return Catchers().Translators;
+}
+
 } // namespace
 
-void CInvalidParameterCatcher::Install() { Catchers().InvalidParameter.Install(); }
-void CInvalidParameterCatcher::Remove() { Catchers().InvalidParameter.Remove(); }
-LONG CInvalidParameterCatcher::InstallCount() { return Catchers().InvalidParameter.Count(); }
+template <ECrashCatcher Kind>
+void CCrashCatcher<Kind>::Install() {
+    CatcherOf<Kind>().Install();
+}
 
-void CUnhandledExceptionCatcher::Install() { Catchers().UnhandledException.Install(); }
-void CUnhandledExceptionCatcher::Remove() { Catchers().UnhandledException.Remove(); }
-LONG CUnhandledExceptionCatcher::InstallCount() { return Catchers().UnhandledException.Count(); }
+template <ECrashCatcher Kind>
+void CCrashCatcher<Kind>::Remove() {
+    CatcherOf<Kind>().Remove();
+}
 
-void CStructuredExceptionCatcher::Install() { Catchers().Translators.Install(); }
-void CStructuredExceptionCatcher::Remove() { Catchers().Translators.Remove(); }
-LONG CStructuredExceptionCatcher::InstallCount() { return Catchers().Translators.Count(); }
+template <ECrashCatcher Kind>
+LONG CCrashCatcher<Kind>::InstallCount() {
+    return CatcherOf<Kind>().Count();
+}
+
+template class CCrashCatcher<ECrashCatcher::InvalidParameter>;
+template class CCrashCatcher<ECrashCatcher::UnhandledException>;
+template class CCrashCatcher<ECrashCatcher::StructuredException>;
 
 CThreadCrashCatchers::CThreadCrashCatchers() {
     CInvalidParameterCatcher::Install();

@@ -1,23 +1,38 @@
 #include "RecordWriter.h"
 
 #include "ToWide.h"
+#include "WithoutException.h"
+
+#include <cstring>
 
 namespace BugSlayerUtil {
 
-static_assert(sizeof(wchar_t) == sizeof(ULONG), "the length of a text takes the place of one character before it");
+static_assert(sizeof(ULONG) % alignof(wchar_t) == 0, "characters stand right behind the length");
+
+BSTR CScratchText::Hold(std::wstring_view text) {
+    const std::size_t size = text.size() * sizeof(wchar_t);
+    // With the closing zero.
+    m_Bytes.resize(sizeof(ULONG) + size + sizeof(wchar_t));
+    const auto length = static_cast<ULONG>(size);
+    std::memcpy(m_Bytes.data(), &length, sizeof length);
+    std::byte* const characters = m_Bytes.data() + sizeof length;
+    if (size != 0)
+        std::memcpy(characters, text.data(), size);
+    std::memset(characters + size, 0, sizeof(wchar_t));
+    return reinterpret_cast<BSTR>(characters);
+}
 
 CRecordWriter::CRecordWriter(IDebugObject* root, const wchar_t* type) : m_Root(root) {
-    m_Code = root ? root->Command(m_Record.Put(), Verb::Create.Get()) : E_FAIL;
+    m_Code = root ? WithoutException([&] { return root->Command(m_Record.Put(), Verb::Create.Get()); }) : E_FAIL;
     if (m_Code == S_OK && !m_Record)
         m_Code = E_FAIL;
-    m_Scratch.reserve(128);
     if (type)
         Text(Name::Type.Get(), type);
 }
 
 void CRecordWriter::Set(BSTR name, const VARIANT& value) {
     if (m_Code == S_OK)
-        m_Code = m_Record->SetValue(name, value);
+        m_Code = WithoutException([&] { return m_Record->SetValue(name, value); });
 }
 
 void CRecordWriter::Send(BSTR verb) {
@@ -25,16 +40,14 @@ void CRecordWriter::Send(BSTR verb) {
         return;
     // The library may put another record in its place.
     IDebugObject* record = m_Record.Detach();
-    m_Code = m_Root->Command(&record, verb);
+    m_Code = WithoutException([&] { return m_Root->Command(&record, verb); });
     m_Record.Attach(record);
 }
 
 void CRecordWriter::Text(BSTR name, std::wstring_view value) {
-    m_Scratch.assign(1, static_cast<wchar_t>(value.size() * sizeof(wchar_t)));
-    m_Scratch.append(value);
     VARIANT variant{};
     variant.vt = VT_BSTR;
-    variant.bstrVal = m_Scratch.data() + 1;
+    variant.bstrVal = m_Scratch.Hold(value);
     Set(name, variant);
 }
 
@@ -69,9 +82,9 @@ void CRecordWriter::Flag(BSTR name, bool value) {
 }
 
 void CRecordWriter::Pointer(BSTR name, const void* value) {
-    if (name == Name::ExceptionPointers.Get())
-        m_HasPointers = true;
     Number64(name, static_cast<LONGLONG>(reinterpret_cast<std::intptr_t>(value)));
+    if (name == Name::ExceptionPointers.Get() && m_Code == S_OK)
+        m_HasPointers = true;
 }
 
 void CRecordWriter::Object(BSTR name, IDebugObject* value) {

@@ -1,15 +1,28 @@
 #pragma once
 // Makes one record and hands it to the debug library. Every step answers; after the first answer that is not 0,
-// which is the record's code, the rest is left out.
+// which is the record's code, the rest is left out. A library that throws has answered E_FAIL.
 
 #include "diagnostics/interface/BugSlayerClient.h"
+#include "diagnostics/interface/RecordNames.h"
 
-#include "RecordNames.h"
-
-#include <string>
+#include <cstddef>
 #include <string_view>
+#include <vector>
 
 namespace BugSlayerUtil {
+
+// A text laid out as a BSTR, with its length in front, in memory that the next text uses again: no field costs an
+// allocation.
+class CScratchText {
+public:
+    CScratchText() { m_Bytes.reserve(512); }
+
+    // Valid until the next call.
+    [[nodiscard]] BSTR Hold(std::wstring_view text);
+
+private:
+    std::vector<std::byte> m_Bytes;
+};
 
 class CRecordWriter {
 public:
@@ -31,7 +44,7 @@ public:
     HRESULT Process();
 
     [[nodiscard]] HRESULT Code() const noexcept { return m_Code; }
-    // Null when "CREATE" failed.
+    // Null when "CREATE" failed; the record may have been stopped on its way.
     [[nodiscard]] platform::CComPtr<IDebugObject> Detach() noexcept { return std::move(m_Record); }
 
 private:
@@ -41,9 +54,8 @@ private:
     IDebugObject* m_Root;
     platform::CComPtr<IDebugObject> m_Record;
     HRESULT m_Code = S_OK;
-    bool m_HasPointers = false;
-    // The text of a field laid out as a BSTR, with its length in front, so that no field costs an allocation.
-    std::wstring m_Scratch;
+    bool m_HasPointers = false; // in the record, not merely offered to it
+    CScratchText m_Scratch;
 };
 
 } // namespace BugSlayerUtil

@@ -1,13 +1,13 @@
 #include "diagnostics/interface/Trail.h"
 
 #include "Failures.h"
-#include "RecordNames.h"
 #include "ToWide.h"
+#include "WithoutException.h"
 #include "diagnostics/interface/BugSlayerClient.h"
+#include "diagnostics/interface/RecordNames.h"
 #include "platform/last_error.h"
 
 #include <deque>
-#include <exception>
 #include <fmt/printf.h>
 #include <fmt/xchar.h>
 #include <memory>
@@ -33,7 +33,7 @@ tagFailures& Failures() {
 
 void NoteFailure(std::string_view function, std::wstring_view text, std::optional<HRESULT> status) noexcept {
     const platform::CLastErrorKeeper keeper;
-    try {
+    WithoutException([&] {
         std::wstring entry = ToWide(function);
         entry.append(L": ").append(text);
         if (status)
@@ -43,8 +43,8 @@ void NoteFailure(std::string_view function, std::wstring_view text, std::optiona
         if (failures.Texts.size() == MaxFailures)
             failures.Texts.pop_front();
         failures.Texts.push_back(std::move(entry));
-    } catch (const std::exception&) {
-    }
+        return S_OK;
+    });
 }
 
 std::vector<std::wstring> RecentFailures() {
@@ -63,9 +63,9 @@ std::wstring LogFilePath() {
     BugSlayerClient& client = GetClient();
     const auto object = client.Ready() ? client.Object.Get() : nullptr;
     platform::CVariant path;
-    if (!object || object->GetValue(Name::LogFile.Get(), path.Put()) != S_OK)
-        return {};
-    return path.AsText();
+    const HRESULT status =
+        WithoutException([&] { return object ? object->GetValue(Name::LogFile.Get(), path.Put()) : E_FAIL; });
+    return status == S_OK ? path.AsText() : std::wstring();
 }
 
 } // namespace BugSlayerUtil

@@ -1,6 +1,7 @@
 #include "LogSettings.h"
 
 #include "LogText.h"
+#include "diagnostics/interface/DebugObject.h"
 #include "platform/file.h"
 #include "platform/known_folder.h"
 #include "platform/registry.h"
@@ -14,8 +15,6 @@
 namespace DebugLog {
 
 namespace {
-
-constexpr const wchar_t* SettingsKey = L"Software\\DM Support\\BugSlayer";
 
 constexpr std::array Levels{
     std::pair{L"trace", spdlog::level::trace}, std::pair{L"debug", spdlog::level::debug},
@@ -70,7 +69,7 @@ void ReadSize(const platform::CRegistryKey& key, const wchar_t* name, std::size_
 }
 
 void ReadRegistry(tagLogSettings& settings) {
-    const auto key = platform::CRegistryKey::Open(platform::ERegistryRoot::User, SettingsKey);
+    const auto key = platform::CRegistryKey::Open(platform::ERegistryRoot::User, IDM_BugSlayerUtil::SettingsKey);
     if (!key)
         return;
     ReadLevel(*key, settings);

@@ -1,6 +1,6 @@
 #include "LogText.h"
 
-#include "../client/RecordNames.h"
+#include "diagnostics/interface/RecordNames.h"
 #include "platform/text.h"
 
 #include <fmt/format.h>
@@ -116,9 +116,13 @@ std::string ErrorText(const CRecord& record) {
 }
 
 std::string ExceptionText(const CRecord& record) {
-    return fmt::format("{} exception 0x{:08X} at 0x{:x}, last error {}",
-                       record.Number(Name::ExceptionType.Get()) != 0 ? "unhandled" : "structured",
-                       static_cast<std::uint32_t>(record.Number(Name::Code.Get())),
+    const auto code = static_cast<DWORD>(record.Number(Name::Code.Get()));
+    const char* kind = "structured exception";
+    if (record.Number(Name::ExceptionType.Get()) != 0)
+        kind = "unhandled exception";
+    else if (code == BugSlayerUtil::InvalidParameterCode)
+        kind = "invalid parameter";
+    return fmt::format("{} 0x{:08X} at 0x{:x}, last error {}", kind, code,
                        static_cast<std::uint64_t>(record.Number64(Name::Address.Get())),
                        record.Number(Name::ErrorCode.Get()));
 }

@@ -1,6 +1,6 @@
 #include "Record.h"
 
-#include "../client/RecordNames.h"
+#include "diagnostics/interface/RecordNames.h"
 
 #include <new>
 

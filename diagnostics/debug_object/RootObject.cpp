@@ -1,7 +1,7 @@
 #include "RootObject.h"
 
-#include "../client/RecordNames.h"
 #include "LogText.h"
+#include "diagnostics/interface/RecordNames.h"
 #include "platform/message_box.h"
 
 #include <array>
@@ -125,8 +125,10 @@ HRESULT CRootObject::Init(IDebugObject** record) {
 
 HRESULT CRootObject::Deinit(IDebugObject**) {
     std::shared_ptr<CLog> log;
-    const std::lock_guard lock(m_Lock);
-    log.swap(m_Log);
+    {
+        const std::lock_guard lock(m_Lock);
+        log.swap(m_Log);
+    }
     if (log)
         log->Flush();
     return S_OK;
@@ -153,8 +155,13 @@ HRESULT CRootObject::ReportDialog(IDebugObject**) {
         platform::ShowMessageBox(L"The log of this process is " + log->Path(), platform::EMessageIcon::Information);
         return S_OK;
     }
-    const std::lock_guard lock(m_Lock);
-    platform::ShowMessageBox(L"There is no log of this process. " + m_InitReason, platform::EMessageIcon::Warning);
+    // Shown outside the lock: a box may stand for hours, and reports must go on meanwhile.
+    std::wstring text = L"There is no log of this process. ";
+    {
+        const std::lock_guard lock(m_Lock);
+        text += m_InitReason;
+    }
+    platform::ShowMessageBox(text, platform::EMessageIcon::Warning);
     return S_FALSE;
 }
 

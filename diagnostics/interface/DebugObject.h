@@ -40,6 +40,9 @@ inline constexpr const wchar_t* DebugModuleName = L"BugSlayerUtil3.0_x64.dll";
 inline constexpr const char* InitObjectExport = "BS_InitObject";
 using InitObjectFunction = HRESULT (*)(IDebugObject** object);
 
+// Under the user's registry root: what the user wants of the diagnostics.
+inline constexpr const wchar_t* SettingsKey = L"Software\\DM Support\\BugSlayer";
+
 } // namespace IDM_BugSlayerUtil
 
 template <>

@@ -1,4 +1,5 @@
 #include "diagnostics/interface/BugSlayer.h"
+#include "diagnostics/interface/CrashCatchers.h"
 #include "diagnostics/interface/Trail.h"
 #include "platform/com/activation.h"
 #include "platform/environment.h"
@@ -8,6 +9,7 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -114,6 +116,64 @@ TEST_F(Log, AtLevelTraceEntersAndLeavesAreThereToo) {
     EXPECT_EQ(LinesOf(text), 2);
 }
 
+TEST_F(Log, ALeaveTellsCountAndTotalTime) {
+    Settings().WriteText(L"Level", L"trace");
+    std::atomic<LONG> counter{4};
+    std::atomic<double> total{0};
+    {
+        const TracerClass tracer(GetClient(), "f.cpp", 7, 0, "ns::F", "void ns::F()", nullptr, &counter, &total,
+                                 false, true);
+    }
+    EXPECT_THAT(Text(),
+                MatchesRegex(".* ns::F: leave after [0-9]+\\.[0-9]+ ms, call 5, [0-9]+\\.[0-9]+ ms in all\n"));
+}
+
+TEST_F(Log, ALineForAnOutputFileNamesIt) {
+    const CScope scope;
+    scope.TraceTo(L"orders\n.txt", L"x");
+    EXPECT_THAT(Text(), HasSubstr("::TestBody: x [for orders\\n.txt]\n"));
+}
+
+// The catchers' handlers, called as the platform would.
+TEST_F(Log, ACrashIsCalledWhatItIs) {
+    CStructuredExceptionCatcher::Install();
+    const auto translator = platform::SetExceptionTranslator(nullptr);
+    platform::SetExceptionTranslator(translator);
+    const platform::CThreadContext context;
+    errno = 2;
+    translator({.Code = 0xC0000005,
+                .Address = reinterpret_cast<const void*>(0x1234),
+                .Data = nullptr,
+                .Continuable = true,
+                .Context = &context});
+    CStructuredExceptionCatcher::Remove();
+    CInvalidParameterCatcher::Install();
+    platform::ReportInvalidParameter(L"", L"");
+    CInvalidParameterCatcher::Remove();
+    const std::string text = Text();
+    EXPECT_THAT(text, HasSubstr("[critical] structured exception 0xC0000005 at 0x1234, last error 2\n"));
+    EXPECT_THAT(text, HasSubstr("[critical] invalid parameter 0xC000000D at 0x"));
+    EXPECT_EQ(LinesOf(text), 2);
+}
+
+using LogDeathTest = Log;
+
+void ThrowWhereNobodyCatches() noexcept { Throw(L"nobody"); }
+
+TEST_F(LogDeathTest, TheEndAfterAnUnhandledExceptionIsTheLastLine) {
+    const auto file = m_Directory.Path() / "state" / "log" / "diagnostics_log_tests.log";
+    EXPECT_EXIT(
+        {
+            CUnhandledExceptionCatcher::Install();
+            ThrowWhereNobodyCatches();
+        },
+        testing::ExitedWithCode(255), "");
+    const std::string text = platform::ReadFile(file);
+    EXPECT_THAT(text, HasSubstr("[critical] unhandled exception 0xE06D7363 at 0x"));
+    EXPECT_TRUE(text.ends_with("[critical] the process is ended after an unhandled exception\n"));
+    EXPECT_EQ(LinesOf(text), 2);
+}
+
 TEST_F(Log, AtLevelWarningPlainLinesAreLeftOut) {
     Settings().WriteText(L"Level", L"warning");
     const CScope scope;
@@ -211,6 +271,54 @@ TEST_F(Log, TheReportDialogTellsWhereItLies) {
     EXPECT_EQ(GetClient().ReportDialog(), S_OK);
     platform::SetMessageBoxHandler(nullptr);
     EXPECT_EQ(shown, L"The log of this process is " + LogFilePath());
+}
+
+// A root object of the library's own, apart from the client's.
+platform::CComPtr<IDebugObject> MakeRoot() {
+    EXPECT_TRUE(GetClient().Ready()) << "the library is loaded by the client";
+    platform::CComPtr<IDebugObject> root;
+    EXPECT_EQ(platform::CreateInstance(IDM_BugSlayerUtil::DebugObjectClass, root), S_OK);
+    return root;
+}
+
+HRESULT Send(IDebugObject& root, const wchar_t* verb) {
+    IDebugObject* none = nullptr;
+    return root.Command(&none, platform::CBstr(verb).Get());
+}
+
+TEST_F(Log, WithoutOneTheReportDialogTellsWhy) {
+    static std::wstring shown;
+    static platform::CComPtr<IDebugObject> root;
+    root = MakeRoot();
+    platform::SetMessageBoxHandler([](std::wstring_view text, platform::EMessageIcon icon) {
+        EXPECT_EQ(icon, platform::EMessageIcon::Warning);
+        shown = text;
+        // The box is no reason for other calls to wait.
+        EXPECT_EQ(Send(*root, L"DEINIT"), S_OK);
+    });
+    EXPECT_EQ(Send(*root, L"REPORTDIALOG"), S_FALSE);
+    EXPECT_EQ(shown, L"There is no log of this process. ");
+
+    platform::WriteFileAtomically(m_Directory.Path() / "file", "");
+    const platform::CScopedEnvironment state(L"SQSTORAGE_STATE_DIR", m_Directory.Name() + L"/file/state");
+    IDebugObject* start = nullptr;
+    ASSERT_EQ(root->Command(&start, platform::CBstr(L"CREATE").Get()), S_OK);
+    const auto held = platform::CComPtr<IDebugObject>::Adopt(start);
+    EXPECT_EQ(root->Command(&start, platform::CBstr(L"INIT").Get()), E_ACCESSDENIED);
+    EXPECT_EQ(Send(*root, L"REPORTDIALOG"), S_FALSE);
+    EXPECT_TRUE(shown.starts_with(L"There is no log of this process. no log can be written to \"" +
+                                  m_Directory.Name() + L"/file/state/log\": "));
+    platform::SetMessageBoxHandler(nullptr);
+    root = nullptr;
+}
+
+TEST_F(Log, AnOptionIsRefusedUnlessItFollowsAFailedStart) {
+    const auto root = MakeRoot();
+    const platform::CBstr text(L"1");
+    EXPECT_EQ(root->SetOption(platform::CBstr(L"Level").Get(), text.Get(), 1), E_INVALIDARG);
+    EXPECT_EQ(root->SetOption(platform::CBstr(L"").Get(), text.Get(), 1), S_OK) << "no start has failed";
+    IDebugObject* none = nullptr;
+    EXPECT_EQ(root->Command(&none, platform::CBstr(L"INIT").Get()), E_INVALIDARG) << "without a start record";
 }
 
 TEST_F(Log, TakesLinesFromManyThreads) {

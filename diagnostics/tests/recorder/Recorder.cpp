@@ -1,8 +1,8 @@
 #include "Recorder.h"
 
-#include "../../client/RecordNames.h"
 #include "../../debug_object/FieldList.h"
 #include "diagnostics/interface/DebugObject.h"
+#include "diagnostics/interface/RecordNames.h"
 #include "platform/com/activation.h"
 
 #include <array>
@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <new>
 
 namespace Recorder {
 
@@ -32,6 +33,7 @@ struct tagState {
     std::mutex Lock; // guards all of it
     std::vector<tagRecord> Records;
     std::vector<tagRecord> Starts;
+    std::vector<tagRecord> GivenUp;
     std::vector<std::wstring> Verbs;
     std::vector<tagOption> Options;
     int Generation = 0; // grows at each Clear
@@ -39,6 +41,9 @@ struct tagState {
     std::map<std::wstring, HRESULT, std::less<>> FieldAnswers;
     std::map<std::wstring, std::wstring, std::less<>> RootValues;
     HRESULT OptionAnswer = S_OK;
+    HRESULT InitObjectAnswer = S_OK;
+    bool GivesObject = true;
+    std::function<void()> InitObjectHandler;
     std::function<HRESULT(const tagRecord&)> Handler;
     std::function<void(std::wstring_view)> VerbHandler;
     std::optional<std::vector<LONG>> Unwanted;
@@ -66,7 +71,11 @@ class CRecord final
     : public platform::CObject<CRecord, platform::ECounter::Interlocked, platform::CDispatchImpl<IDebugObject>> {
 public:
     CRecord() { ++g_OpenRecords; }
-    ~CRecord() { --g_OpenRecords; }
+    ~CRecord() {
+        if (m_Place == NotSubmitted)
+            KeepGivenUp();
+        --g_OpenRecords;
+    }
 
     HRESULT Command(IDebugObject**, BSTR) override { return E_NOTIMPL; }
     HRESULT SetOption(BSTR, BSTR, LONG) override { return E_NOTIMPL; }
@@ -109,12 +118,32 @@ public:
     }
 
 private:
+    void KeepGivenUp() const noexcept {
+        try {
+            tagRecord snapshot = Snapshot();
+            tagState& state = State();
+            const std::lock_guard lock(state.Lock);
+            state.GivenUp.push_back(std::move(snapshot));
+        } catch (const std::bad_alloc&) {
+            // A test without memory does not ask for it.
+        }
+    }
     [[nodiscard]] const VARIANT* Find(BSTR name) const { return m_Fields.Find(ViewOf(name)); }
 
     DebugLog::CFieldList m_Fields;
     std::size_t m_Place = NotSubmitted;
     int m_Generation = 0;
 };
+
+// What is wrong with the pointer that came with the verb; empty when nothing is.
+std::wstring_view RemarkOn(IDebugObject** record, std::wstring_view verb) {
+    const bool takesRecord = verb == ViewOf(Verb::Filter.Get()) || verb == ViewOf(Verb::Process.Get()) ||
+                             verb == ViewOf(Verb::Init.Get());
+    const bool hasRecord = record && *record;
+    if (takesRecord != hasRecord)
+        return hasRecord ? L" with a record" : L" without a record";
+    return record ? std::wstring_view() : L" without a pointer";
+}
 
 HRESULT AnswerTo(tagState& state, std::wstring_view verb) {
     const auto found = state.Answers.find(verb);
@@ -150,7 +179,7 @@ public:
         {
             tagState& state = State();
             const std::lock_guard lock(state.Lock);
-            state.Verbs.push_back(verb);
+            state.Verbs.push_back(verb + std::wstring(RemarkOn(record, verb)));
             answer = AnswerTo(state, verb);
             handler = state.VerbHandler;
         }
@@ -198,8 +227,8 @@ private:
         {
             tagState& state = State();
             const std::lock_guard lock(state.Lock);
-            record->SetPlace(state.Records.size(), state.Generation);
             state.Records.push_back(snapshot);
+            record->SetPlace(state.Records.size() - 1, state.Generation);
             handler = state.Handler;
         }
         // Without the lock: the handler may ask the recorder.
@@ -213,6 +242,15 @@ void CollectDescriptions(const tagRecord& record, std::wstring& text) {
         text += (text.empty() ? L"" : L": ") + record.Description;
     for (const tagRecord& inner : record.Inner)
         CollectDescriptions(inner, text);
+}
+
+HRESULT GiveRoot(IDebugObject** object) {
+    tagState& state = State();
+    const std::lock_guard lock(state.Lock);
+    if (state.InitObjectHandler)
+        state.InitObjectHandler();
+    *object = state.GivesObject ? platform::MakeObject<CRoot>().Detach() : nullptr;
+    return state.InitObjectAnswer;
 }
 
 constexpr std::array ClassTable{
@@ -239,6 +277,7 @@ void Clear() {
     const std::lock_guard lock(state.Lock);
     state.Records.clear();
     state.Starts.clear();
+    state.GivenUp.clear();
     state.Verbs.clear();
     state.Options.clear();
     ++state.Generation;
@@ -251,6 +290,9 @@ void Reset() {
     state.FieldAnswers.clear();
     state.RootValues.clear();
     state.OptionAnswer = S_OK;
+    state.InitObjectAnswer = S_OK;
+    state.GivesObject = true;
+    state.InitObjectHandler = nullptr;
     state.Handler = nullptr;
     state.VerbHandler = nullptr;
     state.Unwanted.reset();
@@ -266,6 +308,12 @@ std::vector<tagRecord> RecordsOf(std::wstring_view type) {
     std::vector<tagRecord> records = Records();
     std::erase_if(records, [&](const tagRecord& record) { return record.Type != type; });
     return records;
+}
+
+std::vector<tagRecord> GivenUp() {
+    tagState& state = State();
+    const std::lock_guard lock(state.Lock);
+    return state.GivenUp;
 }
 
 std::vector<std::wstring> Messages() {
@@ -320,6 +368,19 @@ void SetOptionAnswer(HRESULT code) {
     state.OptionAnswer = code;
 }
 
+void SetInitObject(HRESULT code, bool givesObject) {
+    tagState& state = State();
+    const std::lock_guard lock(state.Lock);
+    state.InitObjectAnswer = code;
+    state.GivesObject = givesObject;
+}
+
+void SetInitObjectHandler(std::function<void()> handler) {
+    tagState& state = State();
+    const std::lock_guard lock(state.Lock);
+    state.InitObjectHandler = std::move(handler);
+}
+
 void SetFieldAnswer(std::wstring_view name, HRESULT code) {
     tagState& state = State();
     const std::lock_guard lock(state.Lock);
@@ -356,10 +417,7 @@ int OpenRoots() { return g_OpenRoots; }
 
 } // namespace Recorder
 
-extern "C" HRESULT BS_InitObject(IDM_BugSlayerUtil::IDebugObject** object) {
-    *object = platform::MakeObject<Recorder::CRoot>().Detach();
-    return S_OK;
-}
+extern "C" HRESULT BS_InitObject(IDM_BugSlayerUtil::IDebugObject** object) { return Recorder::GiveRoot(object); }
 
 extern "C" HRESULT DllGetClassObject(REFCLSID clsid, REFIID iid, void** object) {
     return Recorder::Classes.GetClassObject(clsid, iid, object);

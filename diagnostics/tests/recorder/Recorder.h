@@ -52,6 +52,9 @@ void Reset();
 // Submitted by "PROCESS", in that order.
 [[nodiscard]] std::vector<tagRecord> Records();
 [[nodiscard]] std::vector<tagRecord> RecordsOf(std::wstring_view type);
+// Made and given up without "PROCESS", as they were at their end: start records, raised errors that nobody showed,
+// and what an answer stopped on its way.
+[[nodiscard]] std::vector<tagRecord> GivenUp();
 // Texts of the trace lines.
 [[nodiscard]] std::vector<std::wstring> Messages();
 // Descriptions of failed assertions and checks.
@@ -60,7 +63,8 @@ void Reset();
 [[nodiscard]] std::vector<std::wstring> Errors();
 // Start records, in the order of the "INIT"s.
 [[nodiscard]] std::vector<tagRecord> Starts();
-// Every verb that was sent, in order.
+// Every verb that was sent, in order; with " with a record" or " without a record" behind it when it should not be
+// so.
 [[nodiscard]] std::vector<std::wstring> Verbs();
 
 struct tagOption {
@@ -74,6 +78,10 @@ struct tagOption {
 // fail makes no record.
 void SetAnswer(std::wstring_view verb, HRESULT code);
 void SetOptionAnswer(HRESULT code);
+// What the library's export answers, and whether it hands out a root object.
+void SetInitObject(HRESULT code, bool givesObject);
+// Runs within the export, before its answer.
+void SetInitObjectHandler(std::function<void()> handler);
 // The answer of SetValue for a field of this name.
 void SetFieldAnswer(std::wstring_view name, HRESULT code);
 // Runs within "PROCESS", on the thread that reports; its answer counts unless it is S_OK.

@@ -2,7 +2,7 @@
 // The verbs, the record types and the field names of the debug library. A field whose name begins with "$" is not
 // for the reader of the log.
 
-#include "BstrLiteral.h"
+#include "diagnostics/interface/BstrLiteral.h"
 
 namespace BugSlayerUtil {
 
@@ -65,5 +65,8 @@ inline constexpr CBstrLiteral ClientVersion{L"ClientVersion"};
 // Asked of the root object: the full path of the log.
 inline constexpr CBstrLiteral LogFile{L"LogFile"};
 } // namespace Name
+
+// "Code" of the exception record that an invalid parameter makes; any other is the system's own.
+inline constexpr DWORD InvalidParameterCode = 0xC000000D;
 
 } // namespace BugSlayerUtil
