@@ -39,6 +39,8 @@ int OpenDescriptors() {
     return static_cast<int>(std::distance(begin(entries), end(entries)));
 }
 
+void CloseDescriptor(int descriptor) { close(descriptor); }
+
 bool IsDescriptorReadable(int descriptor) { return WaitReadable(descriptor, 0); }
 
 bool WaitReadable(int descriptor, int milliseconds) {

@@ -32,6 +32,8 @@ private:
 
 // Descriptors that the process has open.
 [[nodiscard]] int OpenDescriptors();
+// Behind its owner's back, so that the owner's own attempt fails.
+void CloseDescriptor(int descriptor);
 // Readable right now.
 [[nodiscard]] bool IsDescriptorReadable(int descriptor);
 // Waits until it is; false when the milliseconds are over.
