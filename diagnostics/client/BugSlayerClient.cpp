@@ -1,8 +1,8 @@
 #include "diagnostics/interface/BugSlayerClient.h"
 
 #include "RecordWriter.h"
+#include "WithoutException.h"
 #include "diagnostics/interface/ReportText.h"
-#include "platform/clock.h"
 #include "platform/crash.h"
 #include "platform/file.h"
 #include "platform/last_error.h"
@@ -14,16 +14,14 @@
 #include <array>
 #include <cstdlib>
 #include <exception>
-#include <memory>
 #include <optional>
 
 namespace BugSlayerUtil {
 
 namespace {
 
-constexpr const wchar_t* SettingsKey = L"Software\\DM Support\\BugSlayer";
 constexpr const wchar_t* ClientVersion = L"2.2 05.05.2006";
-constexpr double LookInterval = 1000; // milliseconds
+constexpr LONG LookInterval = 1000; // milliseconds
 
 // The file of the registry may be damaged or out of reach; a start goes on without it.
 std::optional<std::wstring> ReadDefaultValue(platform::ERegistryRoot root, std::wstring_view path) {
@@ -46,6 +44,18 @@ std::optional<platform::CModule> FindLibrary() {
     return path ? platform::CModule::Load(*path) : std::nullopt;
 }
 
+int ShutDownAtExit() noexcept {
+    return std::atexit([] { GetClient().Shutdown(); });
+}
+
+// Never destroyed, because a report may come after all static objects are gone.
+union CLastingClient {
+    CLastingClient() : Client() { ShutDownAtExit(); }
+    ~CLastingClient() {}
+
+    BugSlayerClient Client;
+};
+
 std::wstring ModuleName() { return platform::FromPath(platform::ToPath(platform::ExecutablePath()).stem()); }
 
 } // namespace
@@ -65,6 +75,7 @@ void CSharedDebugObject::Set(platform::CComPtr<IDebugObject> object) {
 
 HRESULT BugSlayerClient::LoadObject() {
     const auto module = FindLibrary();
+    m_IsFound = module.has_value();
     if (!module)
         return E_FAIL;
     const auto initObject = reinterpret_cast<IDM_BugSlayerUtil::InitObjectFunction>(
@@ -84,8 +95,8 @@ HRESULT BugSlayerClient::Init() {
         return S_OK;
     Inited = 1;
     Active = 0;
-    ShowFailure = ReadDefaultValue(platform::ERegistryRoot::User, SettingsKey).has_value();
-    const HRESULT status = StartObject();
+    ShowFailure = ReadDefaultValue(platform::ERegistryRoot::User, IDM_BugSlayerUtil::SettingsKey).has_value();
+    const HRESULT status = WithoutException([&] { return StartObject(); });
     if (status == S_OK) {
         Active = 1;
         return S_OK;
@@ -104,14 +115,11 @@ HRESULT BugSlayerClient::StartObject() {
     const auto object = Object.Get();
     if (status == S_OK && !object)
         status = E_FAIL;
-    if (status != S_OK) {
-        m_NextLook = platform::MillisecondClock() + LookInterval;
+    if (status != S_OK)
         return status;
-    }
-    m_NextLook = 0;
     // The library has its static objects by now. Handlers run in the reverse order of their registration, so that
     // it is let go before its static objects are.
-    static const int atExit = std::atexit([] { GetClient().Shutdown(); });
+    static const int atExit = ShutDownAtExit();
     (void)atExit;
     Active = 1;
     status = SendStart(*object);
@@ -148,11 +156,16 @@ void BugSlayerClient::LearnWanted(IDebugObject& object) {
     m_Dropped = dropped;
 }
 
-bool BugSlayerClient::IsTooSoon(double now) const noexcept {
-    return now < m_NextLook.load(std::memory_order_relaxed);
+bool BugSlayerClient::IsTooSoon(DWORD now) const noexcept {
+    const std::int64_t missedAt = m_MissedAt.load(std::memory_order_relaxed);
+    if (missedAt == Never)
+        return false;
+    // Ticks go round; and who has waited for the lock comes with a tick from before the look.
+    const auto passed = static_cast<LONG>(now - static_cast<DWORD>(missedAt));
+    return passed > -LookInterval && passed < LookInterval;
 }
 
-bool BugSlayerClient::TryStart(double now) noexcept {
+bool BugSlayerClient::TryStart(DWORD now) noexcept {
     if (IsTooSoon(now))
         return false;
     const platform::CLastErrorKeeper keeper;
@@ -160,24 +173,19 @@ bool BugSlayerClient::TryStart(double now) noexcept {
     // Another thread may have looked while this one waited.
     if (!Inited && IsTooSoon(now))
         return false;
-    try {
-        Init();
-    } catch (const std::exception&) {
-        Active = 0;
-        Object.Set(nullptr);
-        Inited = 0;
-    }
+    const bool isStarted = WithoutException([&] { return Init(); }) == S_OK;
+    m_MissedAt = isStarted || m_IsFound ? Never : std::int64_t{now};
     return Active != 0;
 }
 
-HRESULT BugSlayerClient::Send(BSTR verb) {
+HRESULT BugSlayerClient::Send(BSTR verb) noexcept {
     if (!Ready())
         return E_FAIL;
-    const auto object = Object.Get();
-    if (!object)
-        return E_FAIL;
-    IDebugObject* none = nullptr;
-    return object->Command(&none, verb);
+    return WithoutException([&] {
+        const auto object = Object.Get();
+        IDebugObject* none = nullptr;
+        return object ? object->Command(&none, verb) : E_FAIL;
+    });
 }
 
 void BugSlayerClient::Terminate() {
@@ -203,21 +211,16 @@ void BugSlayerClient::ApplyAction(HRESULT code, int exitCode) {
 
 void BugSlayerClient::Shutdown() noexcept {
     const std::lock_guard lock(m_CriticalSection);
-    try {
-        if (Active)
-            Send(Verb::Deinit.Get());
-    } catch (const std::exception&) {
-        // The library goes all the same.
-    }
+    if (Active)
+        Send(Verb::Deinit.Get());
     Inited = 1;
     Active = 0;
     Object.Set(nullptr);
 }
 
 BugSlayerClient& GetClient() noexcept {
-    // On the heap for good, because a report may come after all static objects are gone.
-    static BugSlayerClient& client = *std::make_unique<BugSlayerClient>().release();
-    return client;
+    static CLastingClient client;
+    return client.Client;
 }
 
 } // namespace BugSlayerUtil

@@ -3,6 +3,7 @@
 #include "Failures.h"
 #include "RecordWriter.h"
 #include "ToWide.h"
+#include "WithoutException.h"
 #include "diagnostics/interface/FunctionName.h"
 #include "platform/clock.h"
 #include "platform/crash.h"
@@ -14,6 +15,8 @@
 namespace BugSlayerUtil {
 
 namespace {
+
+constexpr std::wstring_view UnknownException = L"an exception of unknown type";
 
 LONG ThreadNumber() { return static_cast<LONG>(platform::CurrentThreadId()); }
 
@@ -28,25 +31,31 @@ platform::tagExceptionInfo DescribePlace(const platform::CThreadContext& context
             .Context = &context};
 }
 
-// A report must not fail its caller, whatever the library or the memory does.
-template <class Body>
-HRESULT WithoutException(Body&& body) noexcept {
-    try {
-        return body();
-    } catch (...) {
-        return E_FAIL;
-    }
+// The texts that the thread has thrown last, kept alive until they have long been caught.
+struct tagThrownTexts {
+    std::array<std::wstring, 16> Texts;
+    std::size_t Next = 0;
+};
+
+tagThrownTexts& ThrownTexts() noexcept {
+    thread_local tagThrownTexts texts;
+    return texts;
 }
 
-// Keeps a thrown text alive until it has long been caught.
-const wchar_t* KeepThrownText(std::wstring_view text) {
-    constexpr std::size_t kept = 16;
-    thread_local std::array<std::wstring, kept> texts;
-    thread_local std::size_t next = 0;
-    std::wstring& place = texts[next];
-    next = (next + 1) % kept;
-    place = text;
-    return place.c_str();
+const wchar_t* KeepThrownText(std::wstring_view text) noexcept {
+    tagThrownTexts& kept = ThrownTexts();
+    std::wstring& place = kept.Texts[kept.Next];
+    kept.Next = (kept.Next + 1) % kept.Texts.size();
+    const HRESULT status = WithoutException([&] {
+        place = text;
+        return S_OK;
+    });
+    return status == S_OK ? place.c_str() : L"an error for whose text there was no memory";
+}
+
+bool IsThrownHere(const wchar_t* text) noexcept {
+    return std::ranges::any_of(ThrownTexts().Texts,
+                               [text](const std::wstring& kept) { return kept.c_str() == text; });
 }
 
 } // namespace
@@ -54,7 +63,7 @@ const wchar_t* KeepThrownText(std::wstring_view text) {
 // What a trace record says beyond the fields of its tracer.
 struct TracerClass::tagTrace {
     LONG Ident;
-    UINT Line;
+    tagPlace Place;
     std::wstring_view Message;
     const wchar_t* OutFile = nullptr;
     double Delay = 0;
@@ -72,8 +81,8 @@ TracerClass::TracerClass(BugSlayerClient& client, const char* file, UINT line, L
         m_StartTime = platform::MillisecondClock();
     if (m_Counter)
         m_Counter->fetch_add(1, std::memory_order_relaxed);
-    if (m_TraceEnter && (m_TraceLeave ? m_Client.Wants(1, m_StartTime) : m_Client.Wants(1)))
-        WriteTrace({.Ident = 1, .Line = m_Line, .Message = {}});
+    if (m_TraceEnter && m_Client.Wants(1))
+        WriteTrace({.Ident = 1, .Place = OwnPlace(), .Message = {}});
 }
 
 TracerClass::~TracerClass() {
@@ -83,14 +92,14 @@ TracerClass::~TracerClass() {
 }
 
 void TracerClass::TraceLeave() const noexcept {
-    const bool wanted = m_TraceEnter ? m_Client.StillWants(-1) : m_Client.Wants(-1);
+    const bool wanted = m_Client.Wants(-1);
     if (!wanted && !m_TotalTime)
         return;
     const double delay = platform::MillisecondClock() - m_StartTime;
     const double total = m_TotalTime ? m_TotalTime->fetch_add(delay) + delay : 0;
     if (wanted)
         WriteTrace({.Ident = -1,
-                    .Line = m_Line,
+                    .Place = OwnPlace(),
                     .Message = {},
                     .Delay = delay,
                     .Count = m_Counter ? m_Counter->load() : 0,
@@ -104,7 +113,10 @@ void TracerClass::TraceLine(const wchar_t* outFile, const CFormat& format,
     WithoutException([&] {
         const std::wstring message = FormatReport(format.Text(), arguments);
         if (m_Client.Wants(0))
-            WriteTrace({.Ident = 0, .Line = format.Place().line(), .Message = message, .OutFile = outFile});
+            WriteTrace({.Ident = 0,
+                        .Place = {format.Place().file_name(), format.Place().line()},
+                        .Message = message,
+                        .OutFile = outFile});
         return S_OK;
     });
 }
@@ -117,13 +129,9 @@ void TracerClass::WriteTrace(const tagTrace& trace) const noexcept {
         if (!trace.Message.empty())
             record.Text(Name::Message.Get(), trace.Message);
         record.Number(Name::Ident.Get(), trace.Ident);
-        record.Utf8(Name::File.Get(), ViewOf(m_File));
-        record.Number(Name::Line.Get(), static_cast<LONG>(trace.Line));
-        if (m_Group != 0)
-            record.Number(Name::Group.Get(), m_Group);
+        TellPlace(record, trace.Place);
         record.Number(Name::ThreadId.Get(), ThreadNumber());
-        record.Utf8(Name::Function.Get(), FunctionText());
-        record.Utf8(Name::FuncSig.Get(), ViewOf(m_Signature));
+        TellFunction(record);
         if (m_Object)
             record.Pointer(Name::Object.Get(), m_Object);
         if (trace.Delay != 0)
@@ -137,6 +145,18 @@ void TracerClass::WriteTrace(const tagTrace& trace) const noexcept {
         m_Client.ApplyAction(record.Process());
         return S_OK;
     });
+}
+
+void TracerClass::TellPlace(CRecordWriter& record, const tagPlace& place) const {
+    record.Utf8(Name::File.Get(), ViewOf(place.File));
+    record.Number(Name::Line.Get(), static_cast<LONG>(place.Line));
+    if (m_Group != 0)
+        record.Number(Name::Group.Get(), m_Group);
+}
+
+void TracerClass::TellFunction(CRecordWriter& record) const {
+    record.Utf8(Name::Function.Get(), FunctionText());
+    record.Utf8(Name::FuncSig.Get(), ViewOf(m_Signature));
 }
 
 std::string_view TracerClass::FunctionText() const noexcept {
@@ -170,12 +190,8 @@ HRESULT AsserterClass::Submit(std::wstring_view text, std::optional<HRESULT> sta
             record.Number(Name::Status.Get(), *status);
         record.Text(Name::Description.Get(), text);
         record.Number(Name::ThreadId.Get(), ThreadNumber());
-        record.Utf8(Name::File.Get(), ViewOf(m_File));
-        record.Number(Name::Line.Get(), static_cast<LONG>(m_Line));
-        if (m_Group != 0)
-            record.Number(Name::Group.Get(), m_Group);
-        record.Utf8(Name::Function.Get(), FunctionText());
-        record.Utf8(Name::FuncSig.Get(), ViewOf(m_Signature));
+        TellPlace(record, OwnPlace());
+        TellFunction(record);
         record.Pointer(Name::ExceptionPointers.Get(), &pointers);
         record.Filter();
         return record.Process();
@@ -204,18 +220,24 @@ platform::CComPtr<IDebugObject> ThrowError::MakeError(std::wstring_view text, st
             record.Text(Name::Description.Get(), text);
         if (status)
             record.Number(Name::Status.Get(), *status);
-        record.Utf8(Name::File.Get(), ViewOf(m_File));
-        record.Number(Name::Line.Get(), static_cast<LONG>(m_Line));
-        if (m_Group != 0)
-            record.Number(Name::Group.Get(), m_Group);
-        record.Utf8(Name::Function.Get(), FunctionText());
-        record.Utf8(Name::FuncSig.Get(), ViewOf(m_Signature));
+        TellPlace(record, OwnPlace());
+        TellFunction(record);
         if (inner)
             record.Object(Name::Inner.Get(), inner);
         error = record.Detach();
         return S_OK;
     });
     return error;
+}
+
+void ThrowError::NoteCaught(std::wstring_view text) const noexcept {
+    if (text.empty())
+        NoteFailure(FunctionText(), UnknownException, std::nullopt);
+}
+
+void ThrowError::NoteThrown(const wchar_t* text) const noexcept {
+    if (!text || !IsThrownHere(text))
+        NoteFailure(FunctionText(), text ? std::wstring_view(text) : UnknownException, std::nullopt);
 }
 
 void ThrowError::operator()(CText text, IDebugObject* inner) { Raise(text, std::nullopt, inner); }
@@ -251,22 +273,26 @@ HRESULT ShowError::operator()(std::wstring_view text, IDebugObject* inner) noexc
     });
 }
 
+void ShowError::NoteCaught(std::wstring_view text) const noexcept {
+    // The guard's own text, which comes first in it, is empty nearly everywhere.
+    text.remove_prefix(std::min(text.find_first_not_of(L' '), text.size()));
+    NoteFailure(FunctionText(), text.empty() ? UnknownException : text, std::nullopt);
+}
+
 void ShowError::Report(const CText& text, IDebugObject* inner) {
     m_Client.ApplyAction((*this)(text.View(), inner));
 }
 
 namespace detail {
 
-std::wstring StandardExceptionText(std::wstring_view text, const char* what) {
-    const std::array arguments{CArgument(text), CArgument(what)};
-    return FormatReport(L"%s (stdexcept: \"%s\")", arguments);
-}
-
-void NoteCaught(const char* signature, std::wstring_view text) noexcept {
-    // The guard's own text, which comes first in it, is empty nearly everywhere.
-    text.remove_prefix(std::min(text.find_first_not_of(L' '), text.size()));
-    NoteFailure(FunctionName(ViewOf(signature)), text.empty() ? L"an exception of unknown type" : text,
-                std::nullopt);
+std::wstring StandardExceptionText(std::wstring_view text, const char* what) noexcept {
+    std::wstring described;
+    WithoutException([&] {
+        const std::array arguments{CArgument(text), CArgument(what)};
+        described = FormatReport(L"%s (stdexcept: \"%s\")", arguments);
+        return S_OK;
+    });
+    return described;
 }
 
 } // namespace detail

@@ -17,12 +17,14 @@ void SubmitFailure(BugSlayerClient& client, AsserterClass& asserter, const CText
 } // namespace
 
 void CScope::AssertFailed(const CText& text, std::optional<HRESULT> status) const {
-    AsserterClass asserter(m_Client, m_File, text.Place().line(), m_Group, m_Function, m_Signature);
+    const std::source_location& place = text.Place();
+    AsserterClass asserter(m_Client, place.file_name(), place.line(), m_Group, m_Function, m_Signature);
     SubmitFailure(m_Client, asserter, text, status);
 }
 
 void CScope::Throw(CText text) const {
-    ThrowError(m_Client, m_File, text.Place().line(), m_Group, m_Function, m_Signature)(text);
+    const std::source_location& place = text.Place();
+    ThrowError(m_Client, place.file_name(), place.line(), m_Group, m_Function, m_Signature)(text);
 }
 
 void CScope::ReportCaught(const CText& text) const {

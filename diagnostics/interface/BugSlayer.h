@@ -13,9 +13,10 @@
 //
 // Reports go to the debug library if there is one (BugSlayerClient.h) and are dropped otherwise; failures are also
 // kept for RecentFailures() (Trail.h). A report never throws, except where it is asked to, and never changes the
-// thread's last error. A scope belongs to one thread; everything else may be used from any.
+// thread's last error. "File" and "Line" of a record name the place that gave the text or format, as far as one was
+// given; "Function" is the scope's. A scope belongs to one thread; everything else may be used from any.
 //
-// Without a library, a scope costs reading a clock and a flag; Trace expands its text all the same.
+// Without a library, a scope costs reading the clock and some flags; Trace expands its text all the same.
 
 #include "diagnostics/interface/BugSlayerClient.h"
 #include "diagnostics/interface/ReportText.h"
@@ -29,6 +30,8 @@
 #include <utility>
 
 namespace BugSlayerUtil {
+
+class CRecordWriter;
 
 // Lines, and the enter and leave of a scope.
 class TracerClass {
@@ -54,8 +57,15 @@ public:
     }
 
 protected:
+    struct tagPlace {
+        const char* File;
+        UINT Line;
+    };
     struct tagTrace;
 
+    [[nodiscard]] tagPlace OwnPlace() const noexcept { return {m_File, m_Line}; }
+    void TellPlace(CRecordWriter& record, const tagPlace& place) const;
+    void TellFunction(CRecordWriter& record) const;
     void WriteTrace(const tagTrace& trace) const noexcept;
     void TraceLeave() const noexcept;
     void TraceLine(const wchar_t* outFile, const CFormat& format,
@@ -111,6 +121,9 @@ public:
     [[noreturn]] void Report(const CText& text, IDebugObject* inner) { (*this)(text, inner); }
 
 protected:
+    // Places in the trail for what a guard caught: only for a text that raising it does not put there anyway.
+    void NoteCaught(std::wstring_view text) const noexcept;
+    void NoteThrown(const wchar_t* text) const noexcept;
     [[noreturn]] void Raise(const CText& text, std::optional<HRESULT> status, IDebugObject* inner);
 
     DWORD m_ThrowError;
@@ -124,16 +137,18 @@ public:
     // The action code; E_FAIL when the client is inactive.
     HRESULT operator()(std::wstring_view text, IDebugObject* inner) noexcept;
     void Report(const CText& text, IDebugObject* inner);
+
+protected:
+    void NoteCaught(std::wstring_view text) const noexcept;
 };
 
 namespace detail {
-// "%s (stdexcept: \"%s\")"
-[[nodiscard]] std::wstring StandardExceptionText(std::wstring_view text, const char* what);
-// A place in the trail for what a guard caught.
-void NoteCaught(const char* signature, std::wstring_view text) noexcept;
+// "%s (stdexcept: \"%s\")"; empty when there is no memory for it.
+[[nodiscard]] std::wstring StandardExceptionText(std::wstring_view text, const char* what) noexcept;
 } // namespace detail
 
-// Called within a catch-all: sorts the exception in flight and reports it as `Action` does.
+// Called within a catch-all: sorts the exception in flight and reports it as `Action` does. Nothing but what
+// `Action` throws gets out.
 template <class Action>
 class CatchAndCall : public Action {
 public:
@@ -146,21 +161,60 @@ public:
             // Already in the trail, since whoever raised it put it there.
             const auto inner = platform::CComPtr<IDebugObject>::Adopt(error);
             Action::Report(text, inner.Get());
-        } catch (const wchar_t*) {
+        } catch (const wchar_t* thrown) {
+            this->NoteThrown(thrown);
             Action::Report(text, nullptr);
         } catch (const std::exception& error) {
             const std::wstring described = detail::StandardExceptionText(text.View(), error.what());
-            detail::NoteCaught(this->m_Signature, described);
-            Action::Report(described, nullptr);
+            const CText told = described.empty() ? text : CText(described);
+            this->NoteCaught(told.View());
+            Action::Report(told, nullptr);
         } catch (...) {
-            detail::NoteCaught(this->m_Signature, text.View());
+            this->NoteCaught(text.View());
             Action::Report(text, nullptr);
         }
     }
 };
 
+// The guards of whatever can report (ReportCaught) and raise (RaiseCaught) what was caught.
+template <class Reporter>
+class CGuards {
+public:
+    // The error guard: runs the body and answers its result; an exception is reported and ends here, and the answer
+    // is then the fallback.
+    template <class Body, class Result>
+    Result Guard(Body&& body, Result fallback) const {
+        try {
+            return std::forward<Body>(body)();
+        } catch (...) {
+            Self().ReportCaught();
+        }
+        return fallback;
+    }
+    template <class Body>
+    void Guard(Body&& body) const {
+        try {
+            std::forward<Body>(body)();
+        } catch (...) {
+            Self().ReportCaught();
+        }
+    }
+    // Turns any exception of the body into a raised error with this text and the first exception as its inner one.
+    template <class Body>
+    decltype(auto) Rethrowing(Body&& body, CText text) const {
+        try {
+            return std::forward<Body>(body)();
+        } catch (...) {
+            Self().RaiseCaught(text);
+        }
+    }
+
+private:
+    [[nodiscard]] const Reporter& Self() const noexcept { return static_cast<const Reporter&>(*this); }
+};
+
 // The scope of a function.
-class CScope : public TracerClass {
+class CScope : public TracerClass, public CGuards<CScope> {
 public:
     explicit CScope(std::source_location place = std::source_location::current()) noexcept
         : CScope(nullptr, 0, place) {}
@@ -183,35 +237,6 @@ public:
     }
     [[noreturn]] void Throw(CText text) const;
 
-    // The error guard: runs the body and answers its result; an exception is reported and ends here, and the answer
-    // is then the fallback.
-    template <class Body, class Result>
-    Result Guard(Body&& body, Result fallback) const {
-        try {
-            return std::forward<Body>(body)();
-        } catch (...) {
-            ReportCaught();
-        }
-        return fallback;
-    }
-    template <class Body>
-    void Guard(Body&& body) const {
-        try {
-            std::forward<Body>(body)();
-        } catch (...) {
-            ReportCaught();
-        }
-    }
-    // Turns any exception of the body into a raised error with this text and the first exception as its inner one.
-    template <class Body>
-    decltype(auto) Rethrowing(Body&& body, CText text) const {
-        try {
-            return std::forward<Body>(body)();
-        } catch (...) {
-            RaiseCaught(text);
-        }
-    }
-
     // For a catch-all written out by hand.
     void ReportCaught(const CText& text = nullptr) const;
     [[noreturn]] void RaiseCaught(const CText& text = nullptr) const;
@@ -228,30 +253,31 @@ bool Check(HRESULT status, CText text);
 void ReportCaught(CText text);
 [[noreturn]] void RaiseCaught(CText text);
 
+namespace detail {
+// A place without a scope.
+class CPlace : public CGuards<CPlace> {
+public:
+    explicit CPlace(const std::source_location& place) noexcept : m_Place(place) {}
+
+    void ReportCaught() const { BugSlayerUtil::ReportCaught(CText(nullptr, m_Place)); }
+    [[noreturn]] void RaiseCaught(const CText& text) const { BugSlayerUtil::RaiseCaught(text); }
+
+private:
+    std::source_location m_Place;
+};
+} // namespace detail
+
 template <class Body, class Result>
 Result Guard(Body&& body, Result fallback, std::source_location place = std::source_location::current()) {
-    try {
-        return std::forward<Body>(body)();
-    } catch (...) {
-        ReportCaught(CText(nullptr, place));
-    }
-    return fallback;
+    return detail::CPlace(place).Guard(std::forward<Body>(body), std::move(fallback));
 }
 template <class Body>
 void Guard(Body&& body, std::source_location place = std::source_location::current()) {
-    try {
-        std::forward<Body>(body)();
-    } catch (...) {
-        ReportCaught(CText(nullptr, place));
-    }
+    detail::CPlace(place).Guard(std::forward<Body>(body));
 }
 template <class Body>
 decltype(auto) Rethrowing(Body&& body, CText text) {
-    try {
-        return std::forward<Body>(body)();
-    } catch (...) {
-        RaiseCaught(text);
-    }
+    return detail::CPlace(text.Place()).Rethrowing(std::forward<Body>(body), text);
 }
 
 } // namespace BugSlayerUtil

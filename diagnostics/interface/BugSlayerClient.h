@@ -2,11 +2,12 @@
 // The process's one diagnostics client: it finds the debug library, keeps its root object, and gives it up at exit.
 //
 // The library is optional. A start that finds none is tried again by a later report, at most once in a second, so
-// that reporting without a library stays cheap. A library that is there but fails its "INIT" is tried again at each
-// report, and the failure is shown each time if the registry asks for it (the key "Software\DM Support\BugSlayer"
-// of the user has a default value). After the process's exit handlers ran, every report is dropped.
+// that reporting without a library stays cheap. A library that is there but cannot be used - its export is missing
+// or fails, or its "INIT" does - is tried again at each report. Either failure is shown each time if the registry
+// asks for it (SettingsKey has a default value). The client ends with the process's exit handlers, at the turn that
+// its first use gave it among them: what comes later is dropped, and nothing is looked for any more.
 //
-// Any thread may use the client at any time.
+// Any thread may use the client at any time. Nothing that the library throws gets out of it.
 
 #include "diagnostics/interface/DebugObject.h"
 #include "platform/clock.h"
@@ -30,7 +31,9 @@ private:
     platform::CComPtr<IDebugObject> m_Object; // guarded by m_Lock
 };
 
-// The order of start and shutdown, the same for every client; what is loaded and how is the client's own business.
+// What every client of the debug library offers and holds: the operations that it is asked for, and the state in
+// which its start left it. `Client` and `Version` keep the clients of several versions apart as types; they do
+// nothing here.
 template <class Client, int Version>
 class BugSlayerInitializer {
 public:
@@ -71,17 +74,14 @@ public:
     HRESULT DoClean() override;
     HRESULT ReportDialog() override;
 
-    // What every report asks first: starts the client if that was not done. Never throws.
+    // What every report asks first: starts the client if that was not done.
     [[nodiscard]] bool Ready() noexcept {
-        return Inited.load() ? Active.load() != 0 : TryStart(platform::MillisecondClock());
+        return Inited.load() ? Active.load() != 0 : TryStart(platform::TickCount());
     }
-    // The same for who has just read the clock.
-    [[nodiscard]] bool ReadyAt(double now) noexcept { return Inited.load() ? Active.load() != 0 : TryStart(now); }
-    // As these, and the library wants trace records of this kind: 1 enter, 0 line, -1 leave.
-    [[nodiscard]] bool Wants(LONG ident, double now) noexcept { return ReadyAt(now) && IsWanted(ident); }
+    // The same at a moment of the caller's, in milliseconds as platform::TickCount counts them.
+    [[nodiscard]] bool ReadyAt(DWORD now) noexcept { return Inited.load() ? Active.load() != 0 : TryStart(now); }
+    // As Ready, and the library wants trace records of this kind: 1 enter, 0 line, -1 leave.
     [[nodiscard]] bool Wants(LONG ident) noexcept { return Ready() && IsWanted(ident); }
-    // The same without starting the client, for the end of what has asked at its beginning.
-    [[nodiscard]] bool StillWants(LONG ident) const noexcept { return Active.load() != 0 && IsWanted(ident); }
 
     // Does what an answer to "PROCESS" asks for: breaks for 1, and for E_ABORT shuts down and ends the process.
     void ApplyAction(HRESULT code, int exitCode = -1);
@@ -94,16 +94,19 @@ private:
         return (m_Dropped.load(std::memory_order_relaxed) & BitOf(ident)) == 0;
     }
 
-    [[nodiscard]] bool TryStart(double now) noexcept;
-    [[nodiscard]] bool IsTooSoon(double now) const noexcept;
+    [[nodiscard]] bool TryStart(DWORD now) noexcept;
+    [[nodiscard]] bool IsTooSoon(DWORD now) const noexcept;
     HRESULT StartObject();
     HRESULT SendStart(IDebugObject& object);
     void LearnWanted(IDebugObject& object);
-    HRESULT Send(BSTR verb);
+    HRESULT Send(BSTR verb) noexcept;
+
+    static constexpr std::int64_t Never = -1;
 
     std::atomic<unsigned> m_Dropped{0}; // kinds of trace records that the library does not want, by BitOf
-    // The moment, in milliseconds, before which a library that was not found is not looked for again.
-    std::atomic<double> m_NextLook{0};
+    // The tick at which a report looked for the library and found none, or Never.
+    std::atomic<std::int64_t> m_MissedAt{Never};
+    bool m_IsFound = false; // the last look found a library; guarded by m_CriticalSection
 };
 
 // Built at the first call, and never destroyed: a report may come from anywhere in the process's end.

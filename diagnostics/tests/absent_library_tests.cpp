@@ -9,6 +9,8 @@
 #include "platform/text.h"
 
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <thread>
@@ -29,6 +31,16 @@ protected:
         platform::SetMessageBoxHandler([](std::wstring_view, platform::EMessageIcon) { ++g_Shown; });
     }
     void TearDown() override { platform::SetMessageBoxHandler(nullptr); }
+
+    static void AskForFailures() {
+        platform::CRegistryKey::Create(platform::ERegistryRoot::User, IDM_BugSlayerUtil::SettingsKey)
+            .WriteText(L"", L"show");
+    }
+    static void Register(std::wstring_view path) {
+        platform::CRegistryKey::Create(platform::ERegistryRoot::Classes,
+                                       L"CLSID\\{CF3478AA-DD21-456C-98F2-5222D9B9CD75}\\InprocServer32")
+            .WriteText(L"", path);
+    }
 
     platform::CTemporaryDirectory m_Directory;
     platform::CScopedEnvironment m_Modules{L"SQSTORAGE_MODULE_PATH", m_Directory.Name()};
@@ -83,25 +95,46 @@ TEST_F(LibraryAbsent, FailuresAreKeptAllTheSame) {
 }
 
 TEST_F(LibraryAbsent, IsLookedForAtMostOnceInASecond) {
-    platform::CRegistryKey::Create(platform::ERegistryRoot::User, L"Software\\DM Support\\BugSlayer")
-        .WriteText(L"", L"show");
-    const double start = platform::MillisecondClock();
+    AskForFailures();
+    EXPECT_FALSE(GetClient().ReadyAt(5000));
+    EXPECT_EQ(g_Shown, 1);
+    EXPECT_FALSE(GetClient().ReadyAt(5999));
+    EXPECT_FALSE(GetClient().ReadyAt(4900)) << "by a thread that has waited for the look";
+    EXPECT_EQ(g_Shown, 1);
+    EXPECT_FALSE(GetClient().ReadyAt(6000));
+    EXPECT_EQ(g_Shown, 2);
+}
+
+TEST_F(LibraryAbsent, IsLookedForOnceByManyThreads) {
+    AskForFailures();
     std::vector<std::jthread> threads;
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([] {
-            for (int n = 0; n < 500; ++n)
-                const CScope scope;
+            for (DWORD n = 0; n < 500; ++n)
+                EXPECT_FALSE(GetClient().ReadyAt(7000 + n));
         });
     threads.clear();
-    const double seconds = (platform::MillisecondClock() - start) / 1000;
-    EXPECT_GE(g_Shown, 1);
-    EXPECT_LE(g_Shown, 1 + seconds);
+    EXPECT_EQ(g_Shown, 1);
+}
+
+TEST_F(LibraryAbsent, IsLookedForInTimeWhenTheTicksGoRound) {
+    AskForFailures();
+    EXPECT_FALSE(GetClient().ReadyAt(0xFFFFFF00));
+    EXPECT_FALSE(GetClient().ReadyAt(0x10));
+    EXPECT_EQ(g_Shown, 1);
+    EXPECT_FALSE(GetClient().ReadyAt(1000));
+    EXPECT_EQ(g_Shown, 2);
+}
+
+TEST_F(LibraryAbsent, IsUsedFromTheNextLookOnWhenItComes) {
+    EXPECT_FALSE(GetClient().ReadyAt(5000));
+    Register(platform::FromUtf8(DEBUG_OBJECT_FILE));
+    EXPECT_FALSE(GetClient().ReadyAt(5999));
+    EXPECT_TRUE(GetClient().ReadyAt(6000));
 }
 
 TEST_F(LibraryAbsent, IsLoadedFromThePathThatTheRegistryNames) {
-    platform::CRegistryKey::Create(platform::ERegistryRoot::Classes,
-                                   L"CLSID\\{CF3478AA-DD21-456C-98F2-5222D9B9CD75}\\InprocServer32")
-        .WriteText(L"", platform::FromUtf8(DEBUG_OBJECT_FILE));
+    Register(platform::FromUtf8(DEBUG_OBJECT_FILE));
     EXPECT_FALSE(platform::CModule::Load(IDM_BugSlayerUtil::DebugModuleName));
     Assert(false, L"x");
     EXPECT_EQ(GetClient().Active, 1);
@@ -109,18 +142,42 @@ TEST_F(LibraryAbsent, IsLoadedFromThePathThatTheRegistryNames) {
 }
 
 TEST_F(LibraryAbsent, ARegisteredPathWithNothingBehindItIsNoLibrary) {
-    platform::CRegistryKey::Create(platform::ERegistryRoot::Classes,
-                                   L"CLSID\\{CF3478AA-DD21-456C-98F2-5222D9B9CD75}\\InprocServer32")
-        .WriteText(L"", m_Directory.Name() + L"/none.so");
+    Register(m_Directory.Name() + L"/none.so");
     EXPECT_EQ(GetClient().Init(), E_FAIL);
 }
 
-TEST_F(LibraryAbsent, AModuleWithoutTheExportIsNoLibrary) {
-    platform::CRegistryKey::Create(platform::ERegistryRoot::Classes,
-                                   L"CLSID\\{CF3478AA-DD21-456C-98F2-5222D9B9CD75}\\InprocServer32")
-        .WriteText(L"", platform::CModule::ContainingAddress(reinterpret_cast<void*>(&GetClient)).FileName());
+TEST_F(LibraryAbsent, AModuleWithoutTheExportIsTriedAtEachReport) {
+    AskForFailures();
+
+    Register(platform::CModule::ContainingAddress(reinterpret_cast<void*>(&GetClient)).FileName());
     EXPECT_EQ(GetClient().Init(), E_FAIL);
     EXPECT_EQ(GetClient().Active, 0);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_FALSE(GetClient().ReadyAt(5000));
+    EXPECT_EQ(g_Shown, 4);
+}
+
+using LibraryAbsentDeathTest = LibraryAbsent;
+
+// Runs after the client's own exit handler, because it was there first.
+void ReportAtTheEnd() {
+    std::fprintf(stderr, "(late)");
+    Assert(false, L"late");
+    // A look would be due again.
+    (void)GetClient().ReadyAt(platform::TickCount() + 5000);
+}
+
+TEST_F(LibraryAbsentDeathTest, AfterTheExitHandlersItIsNoLongerLookedFor) {
+    AskForFailures();
+    platform::SetMessageBoxHandler(
+        [](std::wstring_view, platform::EMessageIcon) { std::fprintf(stderr, "(shown)"); });
+    EXPECT_EXIT(
+        {
+            std::atexit(ReportAtTheEnd);
+            Assert(false, L"x");
+            std::exit(3);
+        },
+        testing::ExitedWithCode(3), "^\\(shown\\)\\(late\\)$");
 }
 
 TEST_F(LibraryAbsent, ADamagedRegistryIsNoReasonToFail) {

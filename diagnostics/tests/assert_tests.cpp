@@ -1,6 +1,7 @@
 #include "TestHelp.h"
 #include "diagnostics/interface/BugSlayer.h"
 #include "diagnostics/interface/Trail.h"
+#include "elsewhere.h"
 #include "platform/crash.h"
 
 #include <cerrno>
@@ -93,6 +94,56 @@ TEST_F(Assertion, StandsInTheFunctionAndLineThatMadeIt) {
     const auto record = Only(L"ASSERT");
     EXPECT_EQ(record.Line, line);
     EXPECT_TRUE(record.Function.ends_with(L"::TestBody")) << "code in a lambda counts to the function around it";
+}
+
+TEST_F(Assertion, InAnotherFileThanItsScopeNamesFileAndLineOfThatFile) {
+    const CScope scope;
+    const LONG line = elsewhere::FailAssertion(scope);
+    const auto record = Only(L"ASSERT");
+    EXPECT_TRUE(record.Value(L"File").AsText().ends_with(L"/elsewhere.cpp"));
+    EXPECT_EQ(record.Line, line);
+    EXPECT_TRUE(record.Function.ends_with(L"::TestBody")) << "the scope's";
+}
+
+TEST_F(Assertion, KeepsTheLastErrorThatTheLibraryDisturbs) {
+    ASSERT_EQ(GetClient().Init(), S_OK);
+    Recorder::SetVerbHandler([](std::wstring_view) { errno = EBADF; });
+    errno = ENOENT;
+    {
+        auto asserter = MakeAsserter();
+        asserter(L"x");
+    }
+    EXPECT_EQ(errno, ENOENT);
+    const CScope scope;
+    errno = EACCES;
+    scope.Assert(false, L"x");
+    EXPECT_EQ(errno, EACCES);
+    scope.Check(E_FAIL, L"x");
+    EXPECT_EQ(errno, EACCES);
+    Assert(false, L"x");
+    EXPECT_EQ(errno, EACCES);
+}
+
+TEST_F(Assertion, StoppedBeforeItsPointerGetsNoNewFieldAfterwards) {
+    Recorder::SetFieldAnswer(L"Description", E_FAIL);
+    EXPECT_EQ(MakeAsserter()(L"x"), E_FAIL);
+    const auto record = Recorder::GivenUp().back();
+    EXPECT_EQ(record.FieldNames().back(),
+              record.Value(L"Last Error Code").Type() == VT_EMPTY ? L"<<ASSERT>>" : L"Last Error Code");
+}
+
+TEST_F(Assertion, WhosePointerIsRefusedIsNotWrittenToAgain) {
+    Recorder::SetFieldAnswer(L"$EXCEPTION_POINTERS", E_FAIL);
+    EXPECT_EQ(MakeAsserter()(L"x"), E_FAIL);
+    EXPECT_EQ(Recorder::GivenUp().back().FieldNames().back(), L"$FuncSig");
+}
+
+TEST_F(Assertion, StoppedAfterItsPointerLosesThePointerAllTheSame) {
+    Recorder::SetAnswer(L"FILTER", S_FALSE);
+    MakeAsserter()(L"x");
+    const auto pointers = Recorder::GivenUp().back().Value(L"$EXCEPTION_POINTERS");
+    EXPECT_EQ(pointers.Type(), VT_I8);
+    EXPECT_EQ(pointers.Get().llVal, 0);
 }
 
 TEST_F(Assertion, WithoutAScopeStandsInItsCaller) {

@@ -109,6 +109,35 @@ TEST_F(Client, AFailedStartIsTriedAgainAndShownAtEachReport) {
     EXPECT_EQ(Recorder::Asserts(), Texts{L"now"});
 }
 
+TEST_F(Client, AnExportThatFailsOrGivesNoObjectIsTriedAgainAtEachReport) {
+    AskForFailures();
+    Recorder::SetInitObject(E_ACCESSDENIED, true);
+    EXPECT_EQ(GetClient().Init(), E_ACCESSDENIED);
+    EXPECT_EQ(Recorder::OpenRoots(), 0) << "what came with the failure is released";
+    Recorder::SetInitObject(S_OK, false);
+    EXPECT_EQ(GetClient().Init(), E_FAIL);
+    EXPECT_EQ(GetClient().Inited, 0);
+    EXPECT_EQ(GetClient().Active, 0);
+    for (int i = 0; i < 3; ++i)
+        Assert(false, L"x");
+    EXPECT_EQ(g_Shown.size(), 5u);
+    EXPECT_THAT(Recorder::Verbs(), IsEmpty());
+    Recorder::SetInitObject(S_OK, true);
+    Assert(false, L"now");
+    EXPECT_EQ(Recorder::Asserts(), Texts{L"now"});
+}
+
+TEST_F(Client, AFailureIsNoLongerShownWhenTheRegistryNoLongerAsksForIt) {
+    AskForFailures();
+    Recorder::SetInitObject(E_FAIL, false);
+    Assert(false, L"x");
+    EXPECT_EQ(GetClient().ShowFailure, 1);
+    platform::CRegistryKey::DeleteTree(platform::ERegistryRoot::User, L"Software\\DM Support\\BugSlayer");
+    Assert(false, L"x");
+    EXPECT_EQ(GetClient().ShowFailure, 0);
+    EXPECT_EQ(g_Shown.size(), 1u);
+}
+
 TEST_F(Client, AFailureIsShownOnTheErrorStreamWhenNobodyTakesIt) {
     AskForFailures();
     platform::SetMessageBoxHandler(nullptr);
@@ -174,6 +203,26 @@ TEST_F(ClientDeathTest, TerminateTellsTheLibraryAndEndsTheProcess) {
             GetClient().Terminate();
         },
         testing::ExitedWithCode(255), "^\\[TERMINATE\\]$");
+}
+
+TEST_F(ClientDeathTest, AnAbortStartsTheClientToSayGoodbye) {
+    EXPECT_EXIT(
+        {
+            EchoVerbs();
+            GetClient().ApplyAction(E_ABORT);
+        },
+        testing::ExitedWithCode(255), "^\\[CREATE\\]\\[INIT\\]\\[DEINIT\\]$");
+}
+
+TEST_F(ClientDeathTest, AnAbortOfAClientThatCannotStartSaysNoGoodbye) {
+    EXPECT_EXIT(
+        {
+            EchoVerbs();
+            Recorder::SetAnswer(L"INIT", E_FAIL);
+            Recorder::SetOptionAnswer(E_FAIL);
+            GetClient().ApplyAction(E_ABORT, 9);
+        },
+        testing::ExitedWithCode(9), "^\\[CREATE\\]\\[INIT\\]$");
 }
 
 TEST_F(ClientDeathTest, SaysGoodbyeWhenTheProcessExits) {

@@ -1,6 +1,7 @@
 #include "TestHelp.h"
 #include "diagnostics/interface/BugSlayer.h"
 #include "diagnostics/interface/Trail.h"
+#include "elsewhere.h"
 #include "platform/crash.h"
 
 #include <cerrno>
@@ -65,6 +66,42 @@ TEST_F(RaisedError, IsNotSubmittedByItself) {
         },
         std::logic_error);
     EXPECT_TRUE(Recorder::RecordsOf(L"CREATE ERROR").empty());
+}
+
+TEST_F(RaisedError, IsThrownEvenWithAFieldRefused) {
+    Recorder::SetFieldAnswer(L"Description", E_FAIL);
+    const CScope scope;
+    bool isRecord = false;
+    try {
+        scope.Throw(L"x");
+    } catch (IDebugObject* error) {
+        isRecord = true;
+        error->Release();
+    }
+    EXPECT_TRUE(isRecord);
+    EXPECT_EQ(Recorder::GivenUp().back().Type, L"CREATE ERROR");
+}
+
+TEST_F(RaisedError, KeepsTheLastErrorThatTheLibraryDisturbs) {
+    ASSERT_EQ(GetClient().Init(), S_OK);
+    Recorder::SetVerbHandler([](std::wstring_view) { errno = EBADF; });
+    const CScope scope;
+    errno = ENOENT;
+    try {
+        scope.Throw(L"x");
+    } catch (IDebugObject* error) {
+        EXPECT_EQ(errno, ENOENT);
+        error->Release();
+    }
+}
+
+TEST_F(RaisedError, InAnotherFileThanItsScopeNamesFileAndLineOfThatFile) {
+    const CScope scope;
+    LONG line = 0;
+    scope.Guard([&] { elsewhere::ThrowText(scope, line); });
+    const auto raised = Only(L"ERROR").Inner.at(0).Inner.at(0);
+    EXPECT_TRUE(raised.Value(L"File").AsText().ends_with(L"/elsewhere.cpp"));
+    EXPECT_EQ(raised.Line, line);
 }
 
 TEST_F(RaisedError, IsTheTextItselfWhenNoRecordCanBeMade) {
@@ -202,6 +239,33 @@ TEST_F(ErrorGuard, WhatItCaughtIsKeptAmongTheRecentFailures) {
     EXPECT_TRUE(failures[0].ends_with(L"::TestBody: raised"));
     EXPECT_TRUE(failures[1].ends_with(L"::TestBody: (stdexcept: \"bad\")"));
     EXPECT_TRUE(failures[2].ends_with(L"::TestBody: an exception of unknown type"));
+}
+
+TEST_F(ErrorGuard, AForeignTextIsKeptAmongTheRecentFailuresAndAnOwnOneOnce) {
+    ASSERT_EQ(GetClient().Init(), S_OK);
+    Recorder::SetAnswer(L"CREATE", E_FAIL); // raised errors are texts then
+    ClearRecentFailures();
+    const CScope scope;
+    const wchar_t* const nothing = nullptr;
+    scope.Guard([] { throw L"foreign"; });
+    scope.Guard([&] { scope.Throw(L"own"); });
+    scope.Guard([&] { throw nothing; });
+    const auto failures = RecentFailures();
+    ASSERT_EQ(failures.size(), 3u);
+    EXPECT_TRUE(failures[0].ends_with(L"::TestBody: foreign"));
+    EXPECT_TRUE(failures[1].ends_with(L"::TestBody: own"));
+    EXPECT_TRUE(failures[2].ends_with(L"::TestBody: an exception of unknown type"));
+}
+
+TEST_F(ErrorGuard, ThatRaisesKeepsEachFailureOnce) {
+    ClearRecentFailures();
+    const CScope scope;
+    scope.Guard([&] { scope.Rethrowing([] { throw std::runtime_error("bad"); }, L"T::FinalConstruct"); });
+    scope.Guard([&] { scope.Rethrowing([] { throw 5; }, nullptr); });
+    const auto failures = RecentFailures();
+    ASSERT_EQ(failures.size(), 2u);
+    EXPECT_TRUE(failures[0].ends_with(L"::TestBody: T::FinalConstruct (stdexcept: \"bad\")"));
+    EXPECT_TRUE(failures[1].ends_with(L"::TestBody: an exception of unknown type"));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "TestHelp.h"
 #include "diagnostics/interface/BugSlayer.h"
+#include "elsewhere.h"
 #include "platform/crash.h"
 #include "platform/thread.h"
 
@@ -104,6 +105,33 @@ TEST_F(Trace, AScopeTracesEnterLinesAndLeaveUnderTheFunctionsName) {
     }
     EXPECT_EQ(records[1].Line, records[0].Line + 1) << "a line stands where it was written";
     EXPECT_EQ(Recorder::Messages(), Texts{L"within"});
+}
+
+TEST_F(Trace, ALineInAnotherFileThanItsScopeNamesFileAndLineOfThatFile) {
+    LONG line = 0;
+    {
+        const CScope scope;
+        line = elsewhere::TraceLine(scope);
+    }
+    const auto records = Recorder::RecordsOf(L"TRACE");
+    ASSERT_EQ(records.size(), 3u);
+    EXPECT_TRUE(records[0].Value(L"File").AsText().ends_with(L"/trace_tests.cpp"));
+    EXPECT_TRUE(records[1].Value(L"File").AsText().ends_with(L"/elsewhere.cpp"));
+    EXPECT_EQ(records[1].Line, line);
+    EXPECT_EQ(records[1].Function, records[0].Function);
+    EXPECT_EQ(records[2].Value(L"File").AsText(), records[0].Value(L"File").AsText());
+    EXPECT_EQ(records[2].Line, records[0].Line);
+}
+
+TEST_F(Trace, TheLeaveOfATracedScopeStartsTheClientToo) {
+    Recorder::SetInitObject(E_FAIL, false);
+    {
+        const CScope scope;
+        EXPECT_EQ(GetClient().Inited, 0);
+        Recorder::SetInitObject(S_OK, true);
+    }
+    EXPECT_EQ(GetClient().Active, 1);
+    EXPECT_EQ(Only(L"TRACE").Ident, -1);
 }
 
 TEST_F(Trace, KeepsTheLastErrorOfTheThread) {
