@@ -16,6 +16,8 @@ namespace IDM_dmFirebird {
 // by Open, so that what is wrong shows there. A SELECT that turns out to write (a procedure that does) is refused
 // by the reading part of the transaction without effect and then runs like any other statement that writes: to its
 // end, in Open, all or nothing. Its rows wait for Fetch.
+// Only where an earlier statement has opened the writing part is such a SELECT not noticed, and its work done as
+// its rows are fetched.
 //
 // Takes the transaction's lock itself; Abandon is called under it. Errors are CDatabaseError.
 class CQuery {

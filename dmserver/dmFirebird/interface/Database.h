@@ -8,12 +8,15 @@
 // for a Firebird server. Text is wide here and UTF-8 in the database.
 //
 // A transaction starts its physical part at its first statement, in the mode that the statement needs: what reads
-// runs read-only at read-committed, what writes runs read-write. After a write the transaction's reads see it.
-// Begin, called before the first statement, asks for one view of the data for the whole transaction.
+// runs read-only at read-committed and holds nothing back however long it lives; what writes runs read-write and
+// waits up to ten seconds for a row that another one is changing. After a write the transaction's reads see it.
+// Begin(isolationSnapshot), called before the first statement, asks for one view of the data for the whole
+// transaction; if that has begun with a read, it only reads.
 //
 // IdmDatabaseQuery::Open runs the statement once for each record of the parameter table, whose fields fill the
-// "?" in field order; rows go into the result table, bound by name (Carriers.h). A table without fields is
-// given one for each result column. Fetch(0) delivers all that is left.
+// "?" in field order; a table without records runs nothing. What changes data is run to its end by Open and is
+// stored whole or not at all; a SELECT runs as its rows are fetched. Rows go into the result table, bound by name
+// (Carriers.h). A table without fields is given one for each result column. Fetch(0) delivers all that is left.
 //
 // Ownership: a query keeps its transaction alive, a transaction its database. A transaction let go without Finish
 // is rolled back.

@@ -1,10 +1,12 @@
 #include "TestStore.h"
 
 #include "../DatabasePlace.h"
-#include "../LocalZone.h"
 
 #include "platform/environment.h"
-#include "platform/local_time_zone.h"
+
+#include <firebird/Interface.h>
+
+#include <cerrno>
 
 namespace dmFirebirdTest {
 namespace {
@@ -36,6 +38,24 @@ TEST(DatabasePlace, HostAndPortNameAServer) {
     EXPECT_EQ(L"[::1]", address.Host);
     EXPECT_EQ(L"3051", address.Port);
     EXPECT_EQ(L"/data/store.fdb", address.File);
+}
+
+// The superuser, who may run these tests, is never refused a file.
+TEST(DatabasePlace, ForbiddenFileIsToldWithWhatToDo) {
+    const auto place = ParseDatabasePlace(L"/data/store.fdb");
+    IDM_dmFirebird::tagEngineReport report;
+    report.Codes = {isc_io_error, isc_io_open_err};
+    report.SystemError = EACCES;
+    EXPECT_EQ(L"The database file \"/data/store.fdb\" may not be read and written by this user: change the file's "
+              L"permissions.",
+              DescribeOpenFailure(report, place, L"SYSDBA"));
+    EXPECT_EQ(L"The database file \"/data/store.fdb\" may not be created by this user: change the directory's "
+              L"permissions.",
+              DescribeCreateFailure(report, place, L"SYSDBA"));
+    report.SystemError = 0;
+    report.Codes = {isc_no_priv};
+    EXPECT_THAT(DescribeOpenFailure(report, place, L"SYSDBA"),
+                HasSubstr(L"may not be read and written by this user"));
 }
 
 class Connection : public CStoreTest {};
