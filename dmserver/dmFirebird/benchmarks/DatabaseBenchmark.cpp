@@ -17,8 +17,9 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <array>
+#include <ctime>
 #include <functional>
+#include <limits>
 #include <stdexcept>
 #include <vector>
 
@@ -186,33 +187,48 @@ tagSides& Sides() {
     return sides;
 }
 
-double Microseconds(const std::function<void()>& work) {
-    const double start = platform::MillisecondClock();
-    work();
-    return (platform::MillisecondClock() - start) * 1000;
-}
+// The times of one side.
+class CTimes {
+public:
+    void Run(const std::function<void()>& work) {
+        const std::clock_t cpu = std::clock();
+        const double start = platform::MillisecondClock();
+        work();
+        m_Last = (platform::MillisecondClock() - start) * 1000;
+        m_Cpu += static_cast<double>(std::clock() - cpu);
+        m_Shortest = std::min(m_Shortest, m_Last);
+    }
+    double Last() const { return m_Last; } // microseconds
+    double Shortest() const { return m_Shortest; }
+    double Cpu() const { return m_Cpu; } // ticks
+
+private:
+    double m_Last = 0;
+    double m_Shortest = std::numeric_limits<double>::infinity();
+    double m_Cpu = 0;
+};
 
 // Which side goes first changes from round to round, so that none profits from the other's warm caches.
 void Compare(benchmark::State& state, const std::function<void()>& bare, const std::function<void()>& ours) {
     bare();
     ours();
-    std::vector<double> bareTimes;
-    std::vector<double> ourTimes;
+    CTimes bareTimes;
+    CTimes ourTimes;
+    bool bareFirst = false;
     for (auto _ : state) {
-        const bool bareFirst = bareTimes.size() % 2 == 0;
+        bareFirst = !bareFirst;
         if (bareFirst)
-            bareTimes.push_back(Microseconds(bare));
-        ourTimes.push_back(Microseconds(ours));
+            bareTimes.Run(bare);
+        ourTimes.Run(ours);
         if (!bareFirst)
-            bareTimes.push_back(Microseconds(bare));
-        state.SetIterationTime(ourTimes.back() / 1e6);
+            bareTimes.Run(bare);
+        state.SetIterationTime(ourTimes.Last() / 1e6);
     }
-    const double bareTime = *std::min_element(bareTimes.begin(), bareTimes.end());
-    const double ourTime = *std::min_element(ourTimes.begin(), ourTimes.end());
-    state.counters["bare_us"] = bareTime;
-    state.counters["ours_us"] = ourTime;
-    state.counters["added_us"] = ourTime - bareTime;
-    state.counters["ratio"] = ourTime / bareTime;
+    state.counters["bare_us"] = bareTimes.Shortest();
+    state.counters["ours_us"] = ourTimes.Shortest();
+    state.counters["added_us"] = ourTimes.Shortest() - bareTimes.Shortest();
+    state.counters["ratio"] = ourTimes.Shortest() / bareTimes.Shortest();
+    state.counters["cpu_ratio"] = ourTimes.Cpu() / bareTimes.Cpu();
 }
 
 void PointSelect(benchmark::State& state) {
