@@ -41,9 +41,11 @@ bool CEvent::Close() noexcept {
 }
 
 bool CEvent::Set() noexcept {
+    // Whom this wakes may close the event before the call is back.
+    const int descriptor = m_Descriptor;
     m_Sets.fetch_add(1, std::memory_order_release);
     // A counter that is full is signalled as well.
-    return RetryInterrupted([this] { return eventfd_write(m_Descriptor, 1); }) == 0 || errno == EAGAIN;
+    return RetryInterrupted([descriptor] { return eventfd_write(descriptor, 1); }) == 0 || errno == EAGAIN;
 }
 
 bool CEvent::Reset() noexcept {

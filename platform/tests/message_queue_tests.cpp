@@ -3,12 +3,14 @@
 #include "platform/com/apartment.h"
 #include "platform/event.h"
 #include "platform/last_error.h"
+#include "platform/tests/support/Gate.h"
 #include "platform/tests/support/ProcessLimits.h"
 #include "platform/thread.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cerrno>
 #include <ctime>
 #include <functional>
@@ -20,6 +22,7 @@
 namespace platform {
 namespace {
 
+using platform_tests::CGate;
 using platform_tests::IsDescriptorReadable;
 using ::testing::ElementsAre;
 
@@ -56,8 +59,8 @@ public:
             ThreadEnd();
     }
 
-    static int& Deaths() {
-        static int deaths = 0;
+    static std::atomic<int>& Deaths() {
+        static std::atomic<int> deaths{0};
         return deaths;
     }
 
@@ -75,10 +78,10 @@ public:
             CWindow window;
             Window = &window;
             Queue = CMessageQueueHandle::Current();
-            m_Ready.Set();
+            m_Ready.Open();
             RunMessageLoop();
         });
-        EXPECT_EQ(m_Ready.Wait(Infinite), WaitSignalled);
+        m_Ready.Pass();
     }
     ~CServer() { Join(); }
     void Join() {
@@ -95,7 +98,7 @@ public:
     CMessageQueueHandle Queue;
 
 private:
-    CEvent m_Ready = std::move(*CEvent::Create(EEventReset::Manual, false));
+    CGate m_Ready;
     std::thread m_Thread;
 };
 
@@ -285,7 +288,6 @@ TEST(MessageQueue, LetsTwoThreadsSendToEachOther) {
 TEST(MessageQueue, HandlesNothingElseDuringABlockingSend) {
     CWindow window;
     CServer server;
-    CEvent done = MakeEvent();
     std::function<void()> sendBack = [&] {
         EXPECT_EQ(window.Handle().SendTimeout(Note, 5, 0, false, 1), std::nullopt);
         EXPECT_EQ(GetLastError(), static_cast<DWORD>(ETIMEDOUT));
@@ -298,37 +300,37 @@ TEST(MessageQueue, HandlesNothingElseDuringABlockingSend) {
 
 TEST(MessageQueue, WithdrawsWhatIsNotBegunInTime) {
     CServer server;
-    CEvent busy = MakeEvent();
-    CEvent goOn = MakeEvent();
+    CGate busy;
+    CGate goOn;
     std::function<void()> hold = [&] {
-        busy.Set();
-        EXPECT_EQ(goOn.Wait(Infinite), WaitSignalled);
+        busy.Open();
+        goOn.Pass();
     };
     server.Window->Handle().Post(Perform, reinterpret_cast<std::uintptr_t>(&hold));
-    EXPECT_EQ(busy.Wait(Infinite), WaitSignalled);
+    busy.Pass();
     EXPECT_EQ(server.Window->Handle().SendTimeout(Note, 1, 0, false, 5), std::nullopt);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ETIMEDOUT));
-    goOn.Set();
+    goOn.Open();
     EXPECT_EQ(server.Window->Handle().Send(Note, 2), 4);
     server.Do([&] { EXPECT_THAT(server.Window->Notes, ElementsAre(2)); });
 }
 
 TEST(MessageQueue, FailsASendWhoseWindowIsDestroyedFirst) {
     CServer server;
-    CEvent busy = MakeEvent();
+    CGate busy;
     auto window = std::unique_ptr<CWindow>();
     server.Do([&] { window = std::make_unique<CWindow>(); });
     CMessageQueueHandle queue = server.Queue;
     std::function<void()> destroy = [&] {
         // The sender's message makes the queue of this thread wake again.
         const std::uint64_t wakes = queue.WakeCount();
-        busy.Set();
+        busy.Open();
         while (queue.WakeCount() == wakes)
             std::this_thread::yield();
         EXPECT_TRUE(window->DestroyWindow());
     };
     server.Window->Handle().Post(Perform, reinterpret_cast<std::uintptr_t>(&destroy));
-    EXPECT_EQ(busy.Wait(Infinite), WaitSignalled);
+    busy.Pass();
     EXPECT_EQ(window->Handle().Send(Note, 1), std::nullopt);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ESRCH));
     server.Do([] {}); // the sender is let go before the window is quite gone
@@ -337,14 +339,14 @@ TEST(MessageQueue, FailsASendWhoseWindowIsDestroyedFirst) {
 TEST(MessageQueue, FailsTheSendWhoseHandlerThrows) {
     CWindow window;
     std::function<void()> fail = [] { throw std::runtime_error("handler"); };
-    CEvent sent = MakeEvent();
+    CGate sent;
     std::thread sender([&] {
         EXPECT_EQ(window.Handle().Send(Perform, reinterpret_cast<std::uintptr_t>(&fail)), std::nullopt);
-        sent.Set();
+        sent.Open();
     });
     EXPECT_EQ(WaitForEventOrMessages(nullptr, Infinite), WaitInput);
     EXPECT_THROW(DispatchPendingMessages(), std::runtime_error);
-    EXPECT_EQ(sent.Wait(Infinite), WaitSignalled);
+    sent.Pass();
     sender.join();
     EXPECT_EQ(window.Handle().Send(Note, 1), 2);
 }
@@ -366,20 +368,20 @@ TEST(MessageQueue, FailsSendsAtOnceWhenTheThreadHasEnded) {
 
 TEST(MessageQueue, FailsTheSendThatWaitsWhenTheThreadEnds) {
     CServer server;
-    CEvent busy = MakeEvent();
+    CGate busy;
     CMessageQueueHandle queue = server.Queue;
     auto* window = static_cast<CWindow*>(nullptr);
     server.Do([&] {
         window = new CWindow;
         window->ThreadEnd = [&] {
             const std::uint64_t wakes = queue.WakeCount();
-            busy.Set();
+            busy.Open();
             while (queue.WakeCount() == wakes)
                 std::this_thread::yield();
         };
     });
     std::thread sender([&] {
-        EXPECT_EQ(busy.Wait(Infinite), WaitSignalled);
+        busy.Pass();
         EXPECT_EQ(window->Handle().Send(Note, 1), std::nullopt);
     });
     server.Join();

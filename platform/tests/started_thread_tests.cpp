@@ -1,6 +1,6 @@
-#include "platform/event.h"
 #include "platform/last_error.h"
 #include "platform/memory.h"
+#include "platform/tests/support/Gate.h"
 #include "platform/tests/support/ProcessLimits.h"
 #include "platform/thread.h"
 
@@ -13,19 +13,21 @@
 namespace platform {
 namespace {
 
+using platform_tests::CGate;
+
 struct tagJob {
-    CEvent Begun = std::move(*CEvent::Create(EEventReset::Manual, false));
-    CEvent MayEnd = std::move(*CEvent::Create(EEventReset::Manual, false));
-    CEvent Ended = std::move(*CEvent::Create(EEventReset::Manual, false));
+    CGate Begun;
+    CGate MayEnd;
+    CGate Ended;
     DWORD ThreadId = 0;
 };
 
 unsigned RunJob(void* argument) {
     auto& job = *static_cast<tagJob*>(argument);
     job.ThreadId = CurrentThreadId();
-    job.Begun.Set();
-    EXPECT_EQ(job.MayEnd.Wait(Infinite), WaitSignalled);
-    job.Ended.Set();
+    job.Begun.Open();
+    job.MayEnd.Pass();
+    job.Ended.Open();
     return 7;
 }
 
@@ -33,12 +35,12 @@ TEST(StartedThread, RunsTheFunctionAndKeepsItsExitCode) {
     tagJob job;
     auto thread = CThreadHandle::Start(0, RunJob, &job);
     ASSERT_TRUE(thread);
-    EXPECT_EQ(job.Begun.Wait(Infinite), WaitSignalled);
+    job.Begun.Pass();
     EXPECT_EQ(thread->ThreadId(), job.ThreadId);
     EXPECT_NE(thread->ThreadId(), CurrentThreadId());
     EXPECT_EQ(thread->Wait(1), WaitTimeout);
     EXPECT_EQ(thread->ExitCode(), std::nullopt);
-    job.MayEnd.Set();
+    job.MayEnd.Open();
     EXPECT_EQ(thread->Wait(Infinite), WaitSignalled);
     EXPECT_EQ(thread->ExitCode(), 7U);
     EXPECT_EQ(thread->Wait(0), WaitSignalled);
@@ -49,7 +51,7 @@ TEST(StartedThread, RunsTheFunctionAndKeepsItsExitCode) {
 
 TEST(StartedThread, EndsAWaitWithATimeoutOnceItHasEnded) {
     tagJob job;
-    job.MayEnd.Set();
+    job.MayEnd.Open();
     auto thread = CThreadHandle::Start(0, RunJob, &job);
     ASSERT_TRUE(thread);
     EXPECT_EQ(thread->Wait(60000), WaitSignalled);
@@ -65,8 +67,8 @@ TEST(StartedThread, IsAbandonedByTermination) {
     EXPECT_TRUE(thread->Close());
     EXPECT_FALSE(thread->Terminate(1));
     // It goes on by itself.
-    job.MayEnd.Set();
-    EXPECT_EQ(job.Ended.Wait(Infinite), WaitSignalled);
+    job.MayEnd.Open();
+    job.Ended.Pass();
 }
 
 TEST(StartedThread, RunsOnWhenItsHandleIsClosed) {
@@ -75,8 +77,8 @@ TEST(StartedThread, RunsOnWhenItsHandleIsClosed) {
         const auto thread = CThreadHandle::Start(0, RunJob, &job);
         ASSERT_TRUE(thread);
     }
-    job.MayEnd.Set();
-    EXPECT_EQ(job.Ended.Wait(Infinite), WaitSignalled);
+    job.MayEnd.Open();
+    job.Ended.Pass();
 }
 
 unsigned UseStack(void* argument) {
@@ -98,7 +100,7 @@ TEST(StartedThread, GetsTheStackAskedFor) {
 
 TEST(StartedThread, TakesAStackTooSmallForTheSystem) {
     tagJob job;
-    job.MayEnd.Set();
+    job.MayEnd.Open();
     auto thread = CThreadHandle::Start(1, RunJob, &job);
     ASSERT_TRUE(thread);
     EXPECT_EQ(thread->Wait(Infinite), WaitSignalled);

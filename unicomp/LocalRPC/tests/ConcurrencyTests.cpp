@@ -1,6 +1,7 @@
 // Eight threads that post, call, start and stop at once. What counts is that it ends, and what the sanitizers say.
 
 #include "Help.h"
+#include "platform/event.h"
 #include "platform/message_queue.h"
 #include "unicomp/LocalRPC/interface/LocalRPC.h"
 

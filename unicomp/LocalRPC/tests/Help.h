@@ -2,7 +2,7 @@
 // What these tests share.
 
 #include "diagnostics/tests/recorder/Recorder.h"
-#include "platform/event.h"
+#include "platform/tests/support/Gate.h"
 #include "unicomp/LocalRPC/interface/TaskFactory.h"
 
 #include <gmock/gmock.h>
@@ -19,15 +19,7 @@ protected:
     void TearDown() override { EXPECT_EQ(Recorder::OpenRecords(), 0); }
 };
 
-// Signalled once; any number may wait.
-class CGate {
-public:
-    void Open() { m_Event.Set(); }
-    void Pass() const { EXPECT_EQ(m_Event.Wait(platform::Infinite), platform::WaitSignalled); }
-
-private:
-    platform::CEvent m_Event = std::move(*platform::CEvent::Create(platform::EEventReset::Manual, false));
-};
+using platform_tests::CGate;
 
 // What the exception says; empty when there is none.
 template <class Exception, class Body>

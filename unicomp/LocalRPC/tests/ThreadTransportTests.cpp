@@ -3,6 +3,7 @@
 #include "Help.h"
 #include "diagnostics/interface/CrashCatchers.h"
 #include "platform/com/apartment.h"
+#include "platform/event.h"
 #include "platform/message_queue.h"
 #include "platform/tests/support/ProcessLimits.h"
 #include "unicomp/LocalRPC/interface/LocalRPC.h"
@@ -52,9 +53,9 @@ protected:
         EXPECT_EQ(task->Wait(platform::Infinite, 0), platform::WaitSignalled);
     }
 
-    boost::intrusive_ptr<CThread> m_Transport{new CThread(0)};
     std::vector<int> m_Notes; // by the object's thread
     DWORD m_NotesThread = 0;
+    boost::intrusive_ptr<CThread> m_Transport{new CThread(0)}; // ends first
 };
 
 TEST_F(ThreadTransport, IsIdleUntilTheFirstPost) {
@@ -278,11 +279,14 @@ TEST_F(ThreadTransport, AnAbandonedThreadOutlivesItsTransport) {
 }
 
 TEST_F(ThreadTransport, AThreadThatDropsTheLastReferenceOutlivesItsTransport) {
+    CGate mayDrop;
     CGate dropped;
     m_Transport->Post(MakeAsyncTask([&] {
+        mayDrop.Pass();
         m_Transport.reset();
         dropped.Open();
     }));
+    mayDrop.Open();
     dropped.Pass();
     EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"!\"Can't stop thread from itself!\""));
 }

@@ -4,6 +4,7 @@
 #include "../AO_WndMsgPumpTransport.h"
 
 #include "Help.h"
+#include "platform/event.h"
 #include "platform/message_queue.h"
 #include "platform/thread.h"
 
@@ -28,10 +29,10 @@ protected:
     static void Elsewhere(const std::function<void()>& body) { std::thread(body).join(); }
     // The same, while this thread serves its messages.
     static void ElsewhereWhileServing(const std::function<void()>& body) {
-        const auto done = platform::CEvent::Create(platform::EEventReset::Manual, false);
+        auto done = platform::CEvent::Create(platform::EEventReset::Manual, false);
         std::thread thread([&] {
             body();
-            const_cast<platform::CEvent&>(*done).Set();
+            done->Set();
         });
         while (platform::WaitForEventOrMessages(&*done, platform::Infinite) == platform::WaitInput)
             platform::DispatchPendingMessages();
