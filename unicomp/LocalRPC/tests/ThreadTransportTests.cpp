@@ -399,6 +399,7 @@ TEST_F(ActiveObjectThread, CallSyncComesBackWhenTheCallHasRun) {
     EXPECT_EQ(value, 1);
     CallSync(
         object, [] { throw 1; }, platform::Infinite);
+    EXPECT_TRUE(object.Stop(false, false)); // the report comes after the caller is let go
     EXPECT_THAT(Recorder::Asserts(), ElementsAre(Unhandled));
 }
 
