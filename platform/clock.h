@@ -16,4 +16,7 @@ namespace platform {
 // The time of day, UTC.
 [[nodiscard]] std::chrono::system_clock::time_point WallClock() noexcept;
 
+// How far this machine's local time is ahead of UTC at that moment; the zone is looked up at each call.
+[[nodiscard]] std::chrono::seconds UtcOffset(std::chrono::system_clock::time_point moment) noexcept;
+
 } // namespace platform
