@@ -66,20 +66,16 @@ public:
             L"Create dm::CSingleton<" + detail::ClassName<T>() + L"> failed");
     }
 
-    ~CSingleton() noexcept(false) {
+    ~CSingleton() {
         const BugSlayerUtil::CScope scope(this);
-        try {
-            scope.Guard([&] {
-                if (!m_Object)
-                    scope.Throw(L"m_Object.get()");
-                const BugSlayerUtil::CScope finalRelease(m_Object.get());
-                m_Object->FinalRelease();
-            });
-            scope.Guard([&] { m_Object.reset(); });
-        } catch (...) {
-            scope.ReportCaught();
-            throw;
-        }
+        scope.Guard([&] {
+            if (!m_Object)
+                scope.Throw(L"m_Object.get()");
+            const BugSlayerUtil::CScope finalRelease(m_Object.get());
+            m_Object->FinalRelease();
+        });
+        // Also when it could not be told.
+        m_Object.reset();
     }
 
     CSingleton(const CSingleton&) = delete;
@@ -146,9 +142,7 @@ public:
         if (!m_Held)
             return nullptr;
         const std::lock_guard lock(Lock());
-        CSingleton<T>* Singleton = SingletonAccess(tagSIGNLETONACCESS::GetOrCreate);
-        if (!Singleton)
-            BugSlayerUtil::Throw(L"Singleton");
+        const CSingleton<T>* Singleton = SingletonAccess(tagSIGNLETONACCESS::GetOrCreate);
         if (!Singleton->Object())
             BugSlayerUtil::Throw(L"m_Object.get()");
         return Singleton->Object();
@@ -156,7 +150,7 @@ public:
 
     bool IsHeld() const { return m_Held; }
 
-    // To be called with the lock held.
+    // To be called with the lock held. GetOrCreate never gives null: what cannot be made raises.
     CSingleton<T>* SingletonAccess(const tagSIGNLETONACCESS Access) const {
         CSingleton<T>*& instance = Instance();
         switch (Access) {

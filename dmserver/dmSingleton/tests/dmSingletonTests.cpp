@@ -3,14 +3,29 @@
 #include "diagnostics/tests/recorder/Recorder.h"
 
 #include <atomic>
+#include <chrono>
+#include <functional>
+#include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 #include <vector>
 
-namespace {
+struct CProbe;
+
+// Opens the owner's pointer to the tests that break it; an explicit instantiation may name private members.
+struct Owned {
+    using Member = std::unique_ptr<CProbe> dm::CSingleton<CProbe>::*;
+    friend Member MemberOf(Owned);
+};
+template <class Key, typename Key::Member Pointer>
+struct CPrivateMember {
+    friend typename Key::Member MemberOf(Key) { return Pointer; }
+};
+template struct CPrivateMember<Owned, &dm::CSingleton<CProbe>::m_Object>;
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -33,6 +48,8 @@ struct CProbe {
     }
     void FinalRelease() {
         ++Released;
+        if (OnFinalRelease)
+            std::exchange(OnFinalRelease, nullptr)();
         if (FailInFinalRelease)
             throw std::runtime_error("final release");
     }
@@ -40,6 +57,7 @@ struct CProbe {
     static inline std::atomic<int> Alive{0};
     static inline std::atomic<int> Made{0};
     static inline std::atomic<int> Released{0};
+    static inline std::function<void()> OnFinalRelease; // once
     static inline bool FailInConstructor = false;
     static inline bool FailInFinalConstruct = false;
     static inline bool FailInFinalRelease = false;
@@ -48,6 +66,8 @@ struct CProbe {
     bool IsStarted = false;
     int State = 0;
 };
+
+namespace {
 
 using Handle = dm::CProcessSingleton<CProbe>;
 
@@ -205,6 +225,79 @@ TEST_F(ProcessSingleton, WithNoOutputTheLastReleaseDestroysItThere) {
     singleton->AddRef();
     EXPECT_EQ(0, singleton->Release(nullptr, nullptr));
     EXPECT_EQ(0, CProbe::Alive);
+}
+
+TEST_F(ProcessSingleton, AHandleWhoseObjectIsGoneBuildsItAgain) {
+    const Handle handle(false);
+    const int before = handle.GetObject()->Number;
+    // As a second release of the same reference would leave it.
+    const std::unique_ptr<dm::CSingleton<CProbe>> gone(
+        handle.SingletonAccess(dm::tagSIGNLETONACCESS::Release));
+    EXPECT_EQ(before + 1, handle.GetObject()->Number);
+    EXPECT_EQ(2, CProbe::Alive);
+    handle.SingletonAccess(dm::tagSIGNLETONACCESS::Get)->AddRef();
+}
+
+TEST_F(ProcessSingleton, AnOwnerWithoutItsObjectIsAnErrorForWhoeverAsksForIt) {
+    const Handle handle(false);
+    auto& owned = handle.SingletonAccess(dm::tagSIGNLETONACCESS::Get)->*MemberOf(Owned{});
+    auto object = std::move(owned);
+    const BugSlayerUtil::CScope scope;
+    scope.Guard([&] { handle.GetObject(); });
+    EXPECT_THAT(Recorder::Errors(), ElementsAre(L"m_Object.get()"));
+    // The lock was left.
+    owned = std::move(object);
+    std::thread([&] { EXPECT_NE(nullptr, handle.GetObject()); }).join();
+}
+
+TEST_F(ProcessSingleton, AnOwnerThatDiesWithoutItsObjectReportsIt) {
+    {
+        dm::CSingleton<CProbe> singleton;
+        (singleton.*MemberOf(Owned{})).reset();
+    }
+    EXPECT_EQ(0, CProbe::Released);
+    EXPECT_THAT(Recorder::Errors(), ElementsAre(L"m_Object.get()"));
+}
+
+// While the old object is in its last call, another thread's handle does not wait and builds the next one.
+TEST_F(ProcessSingleton, OldAndNewObjectsStandSideBySideWhileTheOldOneDies) {
+    int old = 0;
+    std::optional<Handle> next;
+    std::future<void> made;
+    CProbe::OnFinalRelease = [&] {
+        made = std::async(std::launch::async, [&] { next.emplace(false); });
+        // Only a destruction inside the lock would keep it waiting.
+        EXPECT_EQ(std::future_status::ready, made.wait_for(std::chrono::seconds(20)));
+        EXPECT_EQ(2, CProbe::Alive);
+    };
+    {
+        const Handle last(false);
+        old = last.GetObject()->Number;
+    }
+    made.wait();
+    ASSERT_TRUE(next.has_value());
+    EXPECT_EQ(old + 1, next->GetObject()->Number);
+    EXPECT_EQ(1, CProbe::Alive);
+    EXPECT_EQ(1, CProbe::Released);
+}
+
+// Reports its own life.
+struct CTraced {
+    CTraced() { const BugSlayerUtil::CScope scope(this); }
+    ~CTraced() { const BugSlayerUtil::CScope scope(this); }
+    void FinalConstruct() { const BugSlayerUtil::CScope scope(this); }
+    void FinalRelease() { const BugSlayerUtil::CScope scope(this); }
+};
+
+TEST_F(ProcessSingleton, TheTracesOfLifeComeInTheirOrder) {
+    { const dm::CProcessSingleton<CTraced> handle(false); }
+    std::vector<std::wstring> entered;
+    for (const auto& record : Recorder::RecordsOf(L"TRACE"))
+        if (record.Ident == 1)
+            entered.push_back(record.Function.substr(record.Function.rfind(L"::") + 2));
+    // FinalConstruct and FinalRelease are called under a trace of the owner's.
+    EXPECT_THAT(entered, ElementsAre(L"CTraced", L"CSingleton", L"CSingleton", L"FinalConstruct", L"~CSingleton",
+                                     L"~CSingleton", L"FinalRelease", L"~CTraced"));
 }
 
 TEST_F(ProcessSingleton, LifeIsTraced) {

@@ -11,6 +11,7 @@ TEST(ModuleVersionInfo, ANullModuleIsTheHostExecutable) {
     EXPECT_EQ(L"Test Company", info.CompanyName);
     EXPECT_EQ(L"Test Product", info.ProductName);
     EXPECT_EQ(L"1.2.3.4", info.ProductVersion);
+    EXPECT_EQ(L"1.2.3.5", info.FileVersion);
 }
 
 TEST(ModuleVersionInfo, WorkingCopiesAreThoseOfTheBlock) {

@@ -4,17 +4,20 @@
 #include "platform/file.h"
 
 #include <gtest/gtest.h>
+#include <utility>
 
 namespace {
 
 using platform::CBstr;
 
-// Sends every known folder into a directory that goes with the test.
+// Sends every known folder into a directory of its own, all in one that goes with the test.
 class ProductPath : public testing::Test {
 protected:
     ProductPath() {
-        for (const wchar_t* name : {L"XDG_DATA_HOME", L"XDG_CONFIG_HOME", L"XDG_DOCUMENTS_DIR", L"HOME"})
-            platform::SetEnvironment(name, m_Directory.Name());
+        for (const auto& [variable, folder] :
+             {std::pair(L"XDG_DATA_HOME", L"/data"), std::pair(L"XDG_CONFIG_HOME", L"/config"),
+              std::pair(L"XDG_DOCUMENTS_DIR", L"/documents"), std::pair(L"HOME", L"/home")})
+            platform::SetEnvironment(variable, m_Directory.Name() + folder);
     }
     std::wstring Path(ULONG location, int create = 0) {
         CBstr path;
@@ -38,15 +41,40 @@ TEST_F(ProductPath, NameLocationIsTheProductAloneAndTouchesNoFile) {
 
 TEST_F(ProductPath, FolderLocationsStandBelowTheirFolder) {
     const std::wstring root = m_Directory.Name();
-    EXPECT_EQ(root + L"/Company/Product", Path(ProductLocationDocuments));
-    EXPECT_EQ(root + L"/Company/Product", Path(ProductLocationLocalAppData));
-    EXPECT_EQ(root + L"/Company/Product", Path(ProductLocationAppData));
-    EXPECT_EQ(root + L"/Company/Product", Path(ProductLocationCommonAppData));
+    EXPECT_EQ(root + L"/documents/Company/Product", Path(ProductLocationDocuments));
+    EXPECT_EQ(root + L"/data/Company/Product", Path(ProductLocationLocalAppData));
+    EXPECT_EQ(root + L"/config/Company/Product", Path(ProductLocationAppData));
+    EXPECT_EQ(root + L"/data/Company/Product", Path(ProductLocationCommonAppData));
     EXPECT_TRUE(NothingWasCreated());
 }
 
 TEST_F(ProductPath, CommonProgramFilesTakesTheMakerAsFixedText) {
-    EXPECT_TRUE(Path(ProductLocationCommonProgramFiles).ends_with(L"/DM Support/Product/Shared"));
+    EXPECT_EQ(m_Directory.Name() + L"/home/.local/lib/DM Support/Product/Shared",
+              Path(ProductLocationCommonProgramFiles));
+    EXPECT_TRUE(NothingWasCreated());
+}
+
+TEST_F(ProductPath, EveryFolderLocationIsCreatedWhenAsked) {
+    for (const ULONG location : {ProductLocationDocuments, ProductLocationLocalAppData, ProductLocationAppData,
+                                 ProductLocationCommonProgramFiles, ProductLocationCommonAppData})
+        EXPECT_TRUE(platform::IsDirectory(platform::ToPath(Path(location, 1)))) << location;
+}
+
+TEST_F(ProductPath, AFolderThatEndsWithASeparatorGetsNoSecondOne) {
+    platform::SetEnvironment(L"XDG_CONFIG_HOME", L"/");
+    EXPECT_EQ(L"/Company/Product", Path(ProductLocationAppData));
+}
+
+TEST_F(ProductPath, WithoutAFolderNoPathIsGiven) {
+    for (const wchar_t* name : {L"XDG_DATA_HOME", L"XDG_CONFIG_HOME", L"XDG_DOCUMENTS_DIR", L"HOME"})
+        platform::SetEnvironment(name, std::nullopt);
+    CBstr path;
+    for (const ULONG location : {ProductLocationDocuments, ProductLocationLocalAppData, ProductLocationAppData,
+                                 ProductLocationCommonProgramFiles, ProductLocationCommonAppData}) {
+        EXPECT_EQ(E_FAIL, GetProductPath(path.Put(), L"Company", L"Product", location, 1)) << location;
+        EXPECT_TRUE(path.IsNull());
+    }
+    EXPECT_EQ(L"Product", Path(ProductLocationName)) << "which needs none";
 }
 
 TEST_F(ProductPath, ADirectoryIsCreatedWhenAskedAndMayExist) {
@@ -56,10 +84,10 @@ TEST_F(ProductPath, ADirectoryIsCreatedWhenAskedAndMayExist) {
 }
 
 TEST_F(ProductPath, ADirectoryThatCannotBeCreatedAnswersOneWithThePathGiven) {
-    platform::WriteFileAtomically(m_Directory.Path() / "Company", "a file stands in the way");
+    platform::WriteFileAtomically(m_Directory.Path() / "config", "a file stands in the way");
     CBstr path;
     EXPECT_EQ(1, GetProductPath(path.Put(), L"Company", L"Product", ProductLocationAppData, 1));
-    EXPECT_EQ(m_Directory.Name() + L"/Company/Product", path.View());
+    EXPECT_EQ(m_Directory.Name() + L"/config/Company/Product", path.View());
 }
 
 TEST_F(ProductPath, NullResultIsRefused) {
