@@ -231,8 +231,7 @@ TEST_F(ProcessSingleton, AHandleWhoseObjectIsGoneBuildsItAgain) {
     const Handle handle(false);
     const int before = handle.GetObject()->Number;
     // As a second release of the same reference would leave it.
-    const std::unique_ptr<dm::CSingleton<CProbe>> gone(
-        handle.SingletonAccess(dm::tagSIGNLETONACCESS::Release));
+    const std::unique_ptr<dm::CSingleton<CProbe>> gone(handle.SingletonAccess(dm::tagSIGNLETONACCESS::Release));
     EXPECT_EQ(before + 1, handle.GetObject()->Number);
     EXPECT_EQ(2, CProbe::Alive);
     handle.SingletonAccess(dm::tagSIGNLETONACCESS::Get)->AddRef();

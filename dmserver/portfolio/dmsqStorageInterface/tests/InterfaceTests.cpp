@@ -45,6 +45,8 @@ void ExpectTableIsWhole(std::size_t count) {
 }
 
 TEST(Interfaces, IdentifiersAreThePublishedOnes) {
+    EXPECT_EQ(L"{8F5C2D0E-53B1-4C0D-9A7E-2B6F1D3C4A01}", platform::ToText(UuidOf<IqxStorage>));
+    EXPECT_EQ(L"{8F5C2D0E-53B1-4C0D-9A7E-2B6F1D3C4A02}", platform::ToText(UuidOf<IqxPortfolio>));
     EXPECT_EQ(L"{D8678388-4BAD-408F-B8BF-32DCC25BDC38}", platform::ToText(UuidOf<IascStorage>));
     EXPECT_EQ(L"{CC4AA757-3054-482A-8474-E67C5E1E20C4}", platform::ToText(UuidOf<IqxStorageNotify>));
     EXPECT_EQ(L"{E39EC0B5-117A-405E-B532-495D1AF03169}", platform::ToText(UuidOf<IqxAddingSymbol>));
