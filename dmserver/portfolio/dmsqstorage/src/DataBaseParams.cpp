@@ -20,14 +20,20 @@ std::wstring ReadText(const OptionalKey& key, const wchar_t* name) {
     return key ? key->ReadText(name).value_or(std::wstring()) : std::wstring();
 }
 
+std::wstring Reason(LONG status, const platform::CBstr& path) {
+    if (status == ErrorResourceDataNotFound)
+        return L"the host executable does not say its company and product: embed them with add_version_info()";
+    const std::wstring advice = L": name the dictionary's file in the registry value DictionaryPath";
+    return (path.IsNull() ? L"this user has no folder for the product's data"
+                          : L"the folder \"" + std::wstring(path.View()) + L"\" cannot be created") +
+           advice;
+}
+
 std::wstring HostProductPath(ULONG location) {
     const ModuleVersionInfo info(nullptr);
     platform::CBstr path;
     if (const LONG status = GetProductPath(path.Put(), info.Company, info.Product, location, 1))
-        platform::ThrowStatus(status, status == ErrorResourceDataNotFound
-                                          ? L"the host executable does not say its company and product: embed them "
-                                            L"with add_version_info()"
-                                          : L"GetProductPath");
+        platform::ThrowStatus(status, Reason(status, path));
     return path.Text();
 }
 

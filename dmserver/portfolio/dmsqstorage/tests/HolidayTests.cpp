@@ -9,8 +9,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-std::wstring Text(LONG number) { return std::to_wstring(number); }
-
 class Holidays : public StorageTest {
 protected:
     LONG Insert(const wchar_t* name) {
@@ -55,10 +53,6 @@ protected:
     std::vector<Row> Dates(LONG key) {
         return Sql(L"SELECT HOLIDAY_START_DATE FROM HOLIDAY_DETAILS WHERE HOLIDAY=" + Text(key) +
                    L" ORDER BY HOLIDAY_START_DATE");
-    }
-    void TakeAll() {
-        Recorder::Clear();
-        m_Changes.Take();
     }
 };
 

@@ -1,12 +1,12 @@
 // The guards around keys, which no public method reaches yet, on a real database.
+#include "HostFixture.h"
 #include "IdGenerator.h"
 #include "StorageHolder.h"
-#include "StorageHost.h"
 #include "diagnostics/tests/recorder/Recorder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <set>
+#include <optional>
 
 namespace {
 
@@ -15,38 +15,25 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class Keys : public testing::Test {
+class Keys : public HostTest {
 protected:
-    static void SetUpTestSuite() { Host().Install(); }
-    static CStorageHost& Host() {
-        static CStorageHost host;
-        return host;
-    }
     Keys() {
         for (const wchar_t* table : {L"DATA_FEEDS", L"SESSIONS", L"PORTFOLIO", L"CUSTOM_FUTURES"})
-            Host().Sql(std::wstring(L"DELETE FROM ") + table);
+            Sql(std::wstring(L"DELETE FROM ") + table);
         Recorder::Clear();
     }
     sqStorage::CStorage& Storage() { return *m_Holder.GetObject(); }
-    static CComPtr<IDM_dmFirebird::IdmDatabase> OpenDatabase() {
-        CComPtr<IDM_dmFirebird::IdmDatabase> database;
-        EXPECT_EQ(S_OK, platform::CreateInstance(IDM_dmFirebird::CLSID_dmDatabase, database));
-        const auto connection = Host().Connection();
-        EXPECT_EQ(S_OK, database->Open(CBstr(connection.Path).Get(), CBstr(connection.UserName).Get(),
-                                       CBstr(connection.Password).Get()));
-        return database;
-    }
     // A feed as the storage would write it.
     static void Feed(int key, const wchar_t* clsid, int deleted) {
-        Host().Sql(L"INSERT INTO DATA_FEEDS VALUES(" + std::to_wstring(key) + L",'Feed','feed.dll','" + clsid +
-                   L"',1,1," + std::to_wstring(deleted) + L",0,'F')");
+        Sql(L"INSERT INTO DATA_FEEDS VALUES(" + std::to_wstring(key) + L",'Feed','feed.dll','" + clsid + L"',1,1," +
+            std::to_wstring(deleted) + L",0,'F')");
     }
 
     sqStorage::CStorageHolder m_Holder;
 };
 
 TEST_F(Keys, TwoKeysDifferAndTheTableHoldsOneRecordAfterEach) {
-    const auto database = OpenDatabase();
+    const auto database = Host().OpenDatabase();
     sqStorage::CIdGenerator generator(database.Get());
     const LONG first = generator.Generate();
     EXPECT_EQ(1, generator.RecordCount());
@@ -58,12 +45,32 @@ TEST_F(Keys, TwoKeysDifferAndTheTableHoldsOneRecordAfterEach) {
 }
 
 TEST_F(Keys, AProcedureThatGivesNoRowIsReportedAndGivesNoKey) {
-    const auto database = OpenDatabase();
+    const auto database = Host().OpenDatabase();
     // The generator's statement fails once the connection is gone.
     sqStorage::CIdGenerator generator(database.Get());
     database->Close();
     EXPECT_EQ(0, generator.Generate());
     EXPECT_THAT(Recorder::Asserts(), Contains(L"RecordCount>0"));
+}
+
+TEST_F(Keys, AllComeFromOneTransactionThatEndsWithTheGenerator) {
+    const auto open = [] {
+        return Sql(L"SELECT T.MON$TRANSACTION_ID FROM MON$TRANSACTIONS T JOIN MON$ATTACHMENTS A ON "
+                   L"A.MON$ATTACHMENT_ID=T.MON$ATTACHMENT_ID WHERE A.MON$SYSTEM_FLAG=0 AND "
+                   L"A.MON$ATTACHMENT_ID<>CURRENT_CONNECTION");
+    };
+    const auto database = Host().OpenDatabase();
+    std::optional<sqStorage::CIdGenerator> generator(std::in_place, database.Get());
+    ASSERT_THAT(open(), IsEmpty());
+    generator->Generate();
+    const auto first = open();
+    EXPECT_EQ(1U, first.size());
+    generator->Generate();
+    generator->Generate();
+    EXPECT_EQ(first, open());
+    EXPECT_TRUE(Host().HasPrepared(L"SELECT * FROM GENERATE_ID(1)"));
+    generator.reset();
+    EXPECT_THAT(open(), IsEmpty());
 }
 
 TEST_F(Keys, ADeleteThatAnswersZeroDidNotDelete) {
@@ -107,7 +114,7 @@ TEST_F(Keys, AClassIsPrimaryUntilAnyRowHasIt) {
 }
 
 TEST_F(Keys, ATemplateIsFoundWhateverItsCase) {
-    Host().Sql(L"INSERT INTO SESSIONS VALUES(1,2,'abc',0)");
+    Sql(L"INSERT INTO SESSIONS VALUES(1,2,'abc',0)");
     EXPECT_NE(0, Storage().IsSessionTemplateExists(L"ABC"));
     EXPECT_EQ(0, Storage().IsSessionTemplateExists(L"ABCD"));
     EXPECT_TRUE(Host().HasPrepared(
@@ -115,12 +122,12 @@ TEST_F(Keys, ATemplateIsFoundWhateverItsCase) {
 }
 
 TEST_F(Keys, ASessionOfAnotherTypeIsNoTemplate) {
-    Host().Sql(L"INSERT INTO SESSIONS VALUES(1,1,'abc',0)");
+    Sql(L"INSERT INTO SESSIONS VALUES(1,1,'abc',0)");
     EXPECT_EQ(0, Storage().IsSessionTemplateExists(L"abc"));
 }
 
 TEST_F(Keys, ATemplateNameIsEscaped) {
-    Host().Sql(L"INSERT INTO SESSIONS VALUES(1,2,'trader''s',0)");
+    Sql(L"INSERT INTO SESSIONS VALUES(1,2,'trader''s',0)");
     EXPECT_NE(0, Storage().IsSessionTemplateExists(L"Trader's"));
 }
 
@@ -130,9 +137,9 @@ TEST_F(Keys, AnEmptyTemplateNameDoesNotExist) {
 }
 
 TEST_F(Keys, ATemplateIsUsedByASymbolOrACustomFuture) {
-    Host().Sql(L"INSERT INTO PORTFOLIO (SYMBOL,SESSION_TYPE,TEMPLATE_SESSION) VALUES(1,2,50)");
-    Host().Sql(L"INSERT INTO PORTFOLIO (SYMBOL,SESSION_TYPE,TEMPLATE_SESSION) VALUES(2,1,51)");
-    Host().Sql(L"INSERT INTO CUSTOM_FUTURES (CF,SESSION_TYPE,TEMPLATE_SESSION) VALUES(3,2,52)");
+    Sql(L"INSERT INTO PORTFOLIO (SYMBOL,SESSION_TYPE,TEMPLATE_SESSION) VALUES(1,2,50)");
+    Sql(L"INSERT INTO PORTFOLIO (SYMBOL,SESSION_TYPE,TEMPLATE_SESSION) VALUES(2,1,51)");
+    Sql(L"INSERT INTO CUSTOM_FUTURES (CF,SESSION_TYPE,TEMPLATE_SESSION) VALUES(3,2,52)");
     EXPECT_NE(0, Storage().IsSessionTemplateUsed(50, L"SYMBOL", L"PORTFOLIO"));
     EXPECT_EQ(0, Storage().IsSessionTemplateUsed(51, L"SYMBOL", L"PORTFOLIO"));
     EXPECT_NE(0, Storage().IsSessionTemplateUsed(52, L"CF", L"CUSTOM_FUTURES"));

@@ -1,8 +1,10 @@
 // The unit of work and the building of statement text.
 #include "DatabaseRequest.h"
+#include "HostFixture.h"
 #include "StatementText.h"
-#include "StorageHost.h"
+#include "diagnostics/interface/BugSlayer.h"
 #include "diagnostics/tests/recorder/Recorder.h"
+#include "platform/com/com_error.h"
 #include "qxStorageBase.h"
 
 #include <gmock/gmock.h>
@@ -62,23 +64,14 @@ TEST(StatementText, TheSecondFormWorksInPlace) {
     EXPECT_EQ(L"''x''''", text);
 }
 
-class Requests : public testing::Test {
+class Requests : public HostTest {
 protected:
-    static void SetUpTestSuite() { Host().Install(); }
-    static CStorageHost& Host() {
-        static CStorageHost host;
-        return host;
-    }
     Requests() {
-        EXPECT_EQ(S_OK, platform::CreateInstance(IDM_dmFirebird::CLSID_dmDatabase, m_Database));
-        const auto connection = Host().Connection();
-        EXPECT_EQ(S_OK, m_Database->Open(CBstr(connection.Path).Get(), CBstr(connection.UserName).Get(),
-                                         CBstr(connection.Password).Get()));
-        Host().Sql(L"DELETE FROM SETTINGS");
+        Sql(L"DELETE FROM SETTINGS");
         Recorder::Clear();
     }
 
-    CComPtr<IDM_dmFirebird::IdmDatabase> m_Database;
+    CComPtr<IDM_dmFirebird::IdmDatabase> m_Database = Host().OpenDatabase();
 };
 
 TEST_F(Requests, ANullDatabaseIsReportedAndLeavesAnEmptyRequest) {
@@ -88,6 +81,147 @@ TEST_F(Requests, ANullDatabaseIsReportedAndLeavesAnEmptyRequest) {
     EXPECT_EQ(0, request.Fetch(0));
     request.Close();
     EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"Database"));
+}
+
+TEST_F(Requests, AnObjectThatIsNoDatabaseRaisesItsStatus) {
+    try {
+        const sqStorage::CDatabaseRequest request(NewTable().Get());
+        FAIL() << "nothing was raised";
+    } catch (const platform::CComError& error) {
+        EXPECT_EQ(E_NOINTERFACE, error.Code());
+    }
+}
+
+TEST_F(Requests, ADatabaseThatIsNotOpenRaisesWhatItSays) {
+    m_Database->Close();
+    try {
+        const sqStorage::CDatabaseRequest request(m_Database.Get());
+        FAIL() << "nothing was raised";
+    } catch (const platform::CComError& error) {
+        EXPECT_TRUE(FAILED(error.Code()));
+        EXPECT_TRUE(error.Text().starts_with(L"GetTransaction: ")) << "the database's own words follow";
+    }
+}
+
+// Objects that break their contract: they give out what they were given, which may be nothing, and raise when told.
+class CUnrulyQuery final : public platform::CObject<CUnrulyQuery, platform::ECounter::Interlocked,
+                                                    platform::CDispatchImpl<sqStorage::IdmDatabaseQuery>> {
+public:
+    HRESULT Open(BSTR, IDispatch*, IDispatch*) override { return Answer(L"Open"); }
+    HRESULT Close() override { return Answer(L"Close"); }
+    HRESULT Fetch(LONG*) override { return Answer(L"Fetch"); }
+
+    std::wstring Raising;
+
+private:
+    HRESULT Answer(const wchar_t* call) const {
+        if (Raising == call)
+            throw std::runtime_error("unruly");
+        return S_OK;
+    }
+};
+
+class CUnrulyTransaction final
+    : public platform::CObject<CUnrulyTransaction, platform::ECounter::Interlocked,
+                               platform::CDispatchImpl<sqStorage::IdmDatabaseTransaction>> {
+public:
+    HRESULT Begin(LONG) override { return E_NOTIMPL; }
+    HRESULT Finish() override { return S_OK; }
+    HRESULT Rollback() override { return E_NOTIMPL; }
+    HRESULT GetQuery(sqStorage::IdmDatabaseQuery** query) override {
+        *query = CComPtr<sqStorage::IdmDatabaseQuery>(Query.Get()).Detach();
+        return Status;
+    }
+
+    CComPtr<CUnrulyQuery> Query;
+    HRESULT Status = S_OK;
+};
+
+class CUnrulyDatabase final : public platform::CObject<CUnrulyDatabase, platform::ECounter::Interlocked,
+                                                       platform::CDispatchImpl<sqStorage::IdmDatabase>> {
+public:
+    HRESULT Open(BSTR, BSTR, BSTR) override { return E_NOTIMPL; }
+    HRESULT Close() override { return S_OK; }
+    HRESULT GetTransaction(sqStorage::IdmDatabaseTransaction** transaction) override {
+        *transaction = CComPtr<sqStorage::IdmDatabaseTransaction>(Transaction.Get()).Detach();
+        return S_OK;
+    }
+    HRESULT get_LastError(BSTR* value) override {
+        *value = nullptr;
+        return S_OK;
+    }
+    HRESULT Create(BSTR, BSTR, BSTR) override { return E_NOTIMPL; }
+    HRESULT get_Version(BSTR*) override { return E_NOTIMPL; }
+    HRESULT Drop() override { return E_NOTIMPL; }
+
+    CComPtr<CUnrulyTransaction> Transaction;
+};
+
+class UnrulyRequests : public testing::Test {
+protected:
+    UnrulyRequests() { Recorder::Clear(); }
+    // What a guard makes of the exception of the call.
+    template <class Call>
+    static std::vector<std::wstring> ErrorsOf(Call&& call) {
+        const BugSlayerUtil::CScope scope;
+        scope.Guard(call);
+        return Recorder::Errors();
+    }
+
+    const CComPtr<CUnrulyDatabase> m_Database = platform::MakeObject<CUnrulyDatabase>();
+};
+
+TEST_F(UnrulyRequests, ANullTransactionRaisesItsName) {
+    EXPECT_THAT(ErrorsOf([&] { const sqStorage::CDatabaseRequest request(m_Database.Get()); }),
+                ElementsAre(L"m_Transaction"));
+}
+
+TEST_F(UnrulyRequests, ANullQueryRaisesItsName) {
+    m_Database->Transaction = platform::MakeObject<CUnrulyTransaction>();
+    EXPECT_THAT(ErrorsOf([&] { const sqStorage::CDatabaseRequest request(m_Database.Get()); }),
+                ElementsAre(L"m_Query"));
+}
+
+TEST_F(UnrulyRequests, AFailingGetQueryRaisesItsStatus) {
+    m_Database->Transaction = platform::MakeObject<CUnrulyTransaction>();
+    m_Database->Transaction->Status = E_ABORT;
+    try {
+        const sqStorage::CDatabaseRequest request(m_Database.Get());
+        FAIL() << "nothing was raised";
+    } catch (const platform::CComError& error) {
+        EXPECT_EQ(E_ABORT, error.Code());
+        EXPECT_EQ(L"GetQuery", error.Text());
+    }
+}
+
+TEST_F(UnrulyRequests, AnExceptionThroughOpenFetchOrCloseIsRaisedAgainUnderItsName) {
+    const auto query = platform::MakeObject<CUnrulyQuery>();
+    m_Database->Transaction = platform::MakeObject<CUnrulyTransaction>();
+    m_Database->Transaction->Query = query;
+    for (const wchar_t* call : {L"Open", L"Fetch", L"Close"}) {
+        Recorder::Clear();
+        sqStorage::CDatabaseRequest request(m_Database.Get());
+        query->Raising = call;
+        EXPECT_THAT(ErrorsOf([&] {
+                        request.Open(L"SELECT", nullptr, nullptr);
+                        request.Fetch(0);
+                        request.Close();
+                    }),
+                    ElementsAre(std::wstring(call) + L" (stdexcept: \"unruly\")"));
+        query->Raising.clear();
+    }
+}
+
+TEST_F(UnrulyRequests, AnExceptionThroughCloseInTheDestructorEndsThere) {
+    const auto query = platform::MakeObject<CUnrulyQuery>();
+    m_Database->Transaction = platform::MakeObject<CUnrulyTransaction>();
+    m_Database->Transaction->Query = query;
+    EXPECT_THAT(ErrorsOf([&] {
+                    sqStorage::CDatabaseRequest request(m_Database.Get());
+                    request.Open(L"SELECT", nullptr, nullptr);
+                    query->Raising = L"Close";
+                }),
+                ElementsAre(L"Close (stdexcept: \"unruly\")"));
 }
 
 TEST_F(Requests, CloseOfARequestThatWasNeverOpenedDoesNothing) {
@@ -127,7 +261,7 @@ TEST_F(Requests, TheDestructorCommits) {
         request.Open(L"INSERT INTO SETTINGS VALUES(1,1,1,1,1)", nullptr, nullptr);
         request.Fetch(0);
     }
-    EXPECT_EQ(1U, Host().Sql(L"SELECT SETTING FROM SETTINGS").size());
+    EXPECT_EQ(1U, Sql(L"SELECT SETTING FROM SETTINGS").size());
 }
 
 TEST_F(Requests, TheDestructorCommitsAlsoWhenAnExceptionUnwindsIt) {
@@ -138,7 +272,7 @@ TEST_F(Requests, TheDestructorCommitsAlsoWhenAnExceptionUnwindsIt) {
         throw std::runtime_error("unwind");
     } catch (const std::runtime_error&) {
     }
-    EXPECT_EQ(1U, Host().Sql(L"SELECT SETTING FROM SETTINGS").size());
+    EXPECT_EQ(1U, Sql(L"SELECT SETTING FROM SETTINGS").size());
 }
 
 // An instance that was never given its storage.

@@ -4,6 +4,9 @@
 
 #include <clocale>
 #include <limits>
+#include <locale>
+#include <memory>
+#include <sstream>
 
 namespace {
 
@@ -11,8 +14,6 @@ using namespace tests;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
-
-std::wstring Text(LONG number) { return std::to_wstring(number); }
 
 class Settings : public StorageTest {
 protected:
@@ -28,10 +29,6 @@ protected:
         const auto table = NewTable();
         EXPECT_EQ(S_OK, m_Storage->SelectSetting(request.Get(), table.Get()));
         return table;
-    }
-    void TakeAll() {
-        Recorder::Clear();
-        m_Changes.Take();
     }
 };
 
@@ -63,18 +60,51 @@ TEST_F(Settings, AValueIsWrittenWithSixDecimalsAndLosesMore) {
                 ElementsAre(L"sql = 'INSERT INTO SETTINGS VALUES(" + Text(key) + L",1,0.123457,1,0.100000)'"));
 }
 
+template <class Character>
+class CDecimalComma final : public std::numpunct<Character> {
+    Character do_decimal_point() const override { return ','; }
+};
+
+// Writes decimals with a comma for the length of a scope, as a user of most of Europe has it: in the streams, and,
+// where such a locale is installed, in the C library too.
+class CCommaLocale {
+public:
+    CCommaLocale() {
+        for (const char* name : {"de_DE.UTF-8", "fr_FR.UTF-8", "ru_RU.UTF-8"})
+            if (std::setlocale(LC_ALL, name))
+                break;
+        // The locale owns its facets.
+        const std::locale narrow(std::locale::classic(), std::make_unique<CDecimalComma<char>>().release());
+        std::locale::global(std::locale(narrow, std::make_unique<CDecimalComma<wchar_t>>().release()));
+    }
+    ~CCommaLocale() {
+        std::locale::global(m_Before);
+        std::setlocale(LC_ALL, m_CBefore.c_str());
+    }
+    CCommaLocale(const CCommaLocale&) = delete;
+    CCommaLocale& operator=(const CCommaLocale&) = delete;
+
+private:
+    std::string m_CBefore = std::setlocale(LC_ALL, nullptr);
+    std::locale m_Before;
+};
+
 TEST_F(Settings, ACommaLocaleStillWritesAPoint) {
-    const std::string before = std::setlocale(LC_ALL, nullptr);
-    // Any of them will do; a machine may have none.
-    bool hasComma = false;
-    for (const char* name : {"de_DE.UTF-8", "fr_FR.UTF-8", "ru_RU.UTF-8"})
-        hasComma = hasComma || (std::setlocale(LC_ALL, name) && *std::localeconv()->decimal_point == ',');
-    const LONG key = Insert(1, 0.1, 1, 0.5);
-    std::setlocale(LC_ALL, before.c_str());
+    LONG key = 0;
+    {
+        const CCommaLocale locale;
+        std::wostringstream text;
+        text << 0.5;
+        ASSERT_EQ(L"0,5", text.str());
+        key = Insert(1, 0.1, 1, 0.5);
+        EXPECT_EQ(S_OK, m_Storage->UpdateSetting(key, 1, 0.25, 1, 0.75));
+    }
     EXPECT_THAT(Statements(),
-                ElementsAre(L"sql = 'INSERT INTO SETTINGS VALUES(" + Text(key) + L",1,0.100000,1,0.500000)'"));
-    if (!hasComma)
-        GTEST_SKIP() << "no locale with a decimal comma is installed; checked under the one that is set";
+                ElementsAre(L"sql = 'INSERT INTO SETTINGS VALUES(" + Text(key) + L",1,0.100000,1,0.500000)'",
+                            L"sql = 'UPDATE SETTINGS SET PRICE_SCALE=1, POINT_VALUE=0.250000, DAILY_LIMIT=1, "
+                            L"MIN_MOVEMENT=0.750000 WHERE SETTING=" +
+                                Text(key) + L"'"));
+    EXPECT_THAT(Sql(L"SELECT POINT_VALUE, MIN_MOVEMENT FROM SETTINGS"), ElementsAre(Row{L"0.25", L"0.75"}));
 }
 
 TEST_F(Settings, InsertRefusesValuesOutOfRangeAndWarnsOfThePrices) {

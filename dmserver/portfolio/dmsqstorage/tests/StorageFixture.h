@@ -1,12 +1,11 @@
 // A fresh storage for each test: database, recorder of reports, recorder of announced changes.
 #pragma once
 
-#include "StorageHost.h"
+#include "HostFixture.h"
 #include "diagnostics/tests/recorder/Recorder.h"
 #include "dmserver/portfolio/dmsqstorage/interface/BroadcastObserver.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -36,22 +35,14 @@ private:
     std::vector<Change> m_Changes; // guarded by m_Lock
 };
 
-// One database for the program, because a process reads its connection once; emptied before each test.
-class StorageTest : public testing::Test {
+// Its tables are emptied before each test.
+class StorageTest : public HostTest {
 protected:
-    static void SetUpTestSuite() { Host().Install(); }
-
     void SetUp() override {
         ASSERT_EQ(S_OK, CStorageHost::Create(m_Storage));
         for (const wchar_t* table : {L"HOLIDAYS", L"HOLIDAY_DETAILS", L"SETTINGS"})
             Host().Sql(std::wstring(L"DELETE FROM ") + table);
-        Recorder::Clear();
-        m_Changes.Take();
-    }
-
-    static CStorageHost& Host() {
-        static CStorageHost host;
-        return host;
+        TakeAll();
     }
 
     // The written statements, as traced.
@@ -63,7 +54,11 @@ protected:
         return statements;
     }
 
-    std::vector<Row> Sql(const std::wstring& statement) { return Host().Sql(statement); }
+    // Forgets what was reported and announced so far.
+    void TakeAll() {
+        Recorder::Clear();
+        m_Changes.Take();
+    }
 
     CBroadcastRecorder m_Changes;
     CComPtr<IqxStorage> m_Storage;

@@ -60,12 +60,17 @@ HRESULT CStorageHost::Create(CComPtr<IqxStorage>& storage) {
     return platform::CreateInstance(IDM_qxStorage::CLSID_qxStorage, storage);
 }
 
-std::vector<Row> CStorageHost::Sql(const std::wstring& statement) const {
+CComPtr<IdmDatabase> CStorageHost::OpenDatabase() const {
     const auto database = New<IdmDatabase>(IDM_dmFirebird::CLSID_dmDatabase);
     const auto connection = Connection();
     Require(database->Open(CBstr(connection.Path).Get(), CBstr(connection.UserName).Get(),
                            CBstr(connection.Password).Get()),
             database);
+    return database;
+}
+
+std::vector<Row> CStorageHost::Sql(const std::wstring& statement) const {
+    const auto database = OpenDatabase();
     CComPtr<IdmDatabaseTransaction> transaction;
     Require(database->GetTransaction(transaction.Put()), database);
     CComPtr<IdmDatabaseQuery> query;
@@ -81,13 +86,9 @@ std::vector<Row> CStorageHost::Sql(const std::wstring& statement) const {
 }
 
 bool CStorageHost::HasPrepared(const std::wstring& statement) const {
-    std::wstring quoted = statement;
-    for (std::size_t at = quoted.find(L'\''); at != std::wstring::npos; at = quoted.find(L'\'', at + 2))
-        quoted.insert(at, 1, L'\'');
-    return !Sql(L"SELECT MON$STATEMENT_ID FROM MON$STATEMENTS WHERE MON$ATTACHMENT_ID<>CURRENT_CONNECTION AND "
-                L"CAST(MON$SQL_TEXT AS VARCHAR(4000))='" +
-                quoted + L"'")
-                .empty();
+    const auto prepared = Sql(L"SELECT CAST(MON$SQL_TEXT AS VARCHAR(8000)) AS STATEMENT_TEXT FROM MON$STATEMENTS "
+                              L"WHERE MON$ATTACHMENT_ID<>CURRENT_CONNECTION");
+    return std::ranges::find(prepared, Row{statement}) != prepared.end();
 }
 
 CComPtr<IdmTable> NewTable() { return New<IdmTable>(IDM_dmudfcom::CLSID_dmTable); }

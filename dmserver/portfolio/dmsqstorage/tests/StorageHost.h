@@ -42,6 +42,8 @@ public:
     // Creates an instance through the class factory.
     static HRESULT Create(CComPtr<IqxStorage>& storage);
 
+    // A connection of the test's own.
+    CComPtr<IDM_dmFirebird::IdmDatabase> OpenDatabase() const;
     // Runs a statement on a connection of the test's own and returns its rows.
     std::vector<Row> Sql(const std::wstring& statement) const;
     // Whether the storage's connection has a prepared statement of exactly this text.

@@ -1,0 +1,185 @@
+// Where exceptions end: in the guard of the operation, or in that of the interface method.
+#include "DatabaseRequest.h"
+#include "HostFixture.h"
+#include "PrivateMember.h"
+#include "StatementText.h"
+#include "diagnostics/interface/CrashCatchers.h"
+#include "diagnostics/tests/recorder/Recorder.h"
+#include "qxStorageBase.h"
+
+#include <functional>
+#include <gmock/gmock.h>
+#include <stdexcept>
+#include <utility>
+
+namespace tests {
+
+struct Database {
+    using Member = platform::CComPtr<sqStorage::IdmDatabase> sqStorage::CStorage::*;
+    friend Member MemberOf(Database);
+};
+template struct CPrivateMember<Database, &sqStorage::CStorage::m_Database>;
+
+struct Object {
+    using Member = std::unique_ptr<sqStorage::CStorage> dm::CSingleton<sqStorage::CStorage>::*;
+    friend Member MemberOf(Object);
+};
+template struct CPrivateMember<Object, &dm::CSingleton<sqStorage::CStorage>::m_Object>;
+
+} // namespace tests
+
+namespace {
+
+using namespace tests;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+// The functions whose guards reported.
+std::vector<std::wstring> Reporters() {
+    std::vector<std::wstring> functions;
+    for (const auto& record : Recorder::RecordsOf(L"ERROR"))
+        functions.push_back(record.Inner.empty() ? L"" : record.Inner.front().Function);
+    return functions;
+}
+
+class Guards : public HostTest {
+protected:
+    Guards() {
+        EXPECT_EQ(S_OK, m_Object->FinalConstruct());
+        for (const wchar_t* table : {L"HOLIDAYS", L"HOLIDAY_DETAILS", L"SETTINGS"})
+            Sql(std::wstring(L"DELETE FROM ") + table);
+        Recorder::Clear();
+    }
+    sqStorage::CStorage& Storage() { return *m_Holder.GetObject(); }
+    // From now on every request on the database raises.
+    void CloseDatabase() { (Storage().*MemberOf(Database{}))->Close(); }
+
+    sqStorage::CStorageHolder m_Holder;
+    const CComPtr<CqxStorageBase> m_Object = platform::MakeObject<CqxStorageBase>();
+};
+
+// Takes the storage away from its singleton, so that whoever asks for it meets an exception.
+class CNoObject {
+public:
+    explicit CNoObject(const sqStorage::CStorageHolder& holder)
+        : m_Place(holder.SingletonAccess(dm::tagSIGNLETONACCESS::Get)->*MemberOf(Object{})),
+          m_Object(std::move(m_Place)) {}
+    ~CNoObject() { m_Place = std::move(m_Object); }
+    CNoObject(const CNoObject&) = delete;
+    CNoObject& operator=(const CNoObject&) = delete;
+
+private:
+    std::unique_ptr<sqStorage::CStorage>& m_Place;
+    std::unique_ptr<sqStorage::CStorage> m_Object;
+};
+
+TEST_F(Guards, AnExceptionThatReachesAMethodGivesFailureUnderTheMethodsOwnName) {
+    LONG number = 0;
+    const CBstr text(L"x");
+    const auto request = NewRequest();
+    const auto table = NewTable();
+    CqxStorageBase& object = *m_Object;
+    using Calls = std::vector<std::pair<std::wstring, std::function<HRESULT()>>>;
+    const Calls calls{
+        {L"SelectHoliday", [&] { return object.SelectHoliday(request.Get(), table.Get()); }},
+        {L"InsertHoliday", [&] { return object.InsertHoliday(text.Get(), &number); }},
+        {L"DeleteHoliday", [&] { return object.DeleteHoliday(1); }},
+        {L"UpdateHoliday", [&] { return object.UpdateHoliday(1, text.Get()); }},
+        {L"SelectHolidayDetails", [&] { return object.SelectHolidayDetails(request.Get(), table.Get()); }},
+        {L"InsertHolidayDetails", [&] { return object.InsertHolidayDetails(table.Get()); }},
+        {L"DeleteHolidayDetails", [&] { return object.DeleteHolidayDetails(1); }},
+        {L"DeleteHolidayDetails2", [&] { return object.DeleteHolidayDetails2(1, text.Get()); }},
+        {L"SelectSetting", [&] { return object.SelectSetting(request.Get(), table.Get()); }},
+        {L"InsertSetting", [&] { return object.InsertSetting(1, 1, 1, 1, &number); }},
+        {L"DeleteSetting", [&] { return object.DeleteSetting(1); }},
+        {L"UpdateSetting", [&] { return object.UpdateSetting(1, 1, 1, 1, 1); }},
+        {L"AdviseNotify", [&] { return object.AdviseNotify(1, table.Get()); }},
+        {L"UnadviseNotify", [&] { return object.UnadviseNotify(1, table.Get()); }},
+    };
+    const CNoObject none(m_Holder);
+    for (const auto& [name, call] : calls) {
+        Recorder::Clear();
+        EXPECT_EQ(E_FAIL, call());
+        EXPECT_THAT(Reporters(), ElementsAre(L"CqxStorageBase::" + name));
+        EXPECT_THAT(Recorder::Errors(), ElementsAre(L"m_Object.get()"));
+    }
+}
+
+TEST_F(Guards, AStartThatRaisesGivesFailureAndNoInstance) {
+    CComPtr<IqxStorage> storage;
+    {
+        const CNoObject none(m_Holder);
+        EXPECT_EQ(E_FAIL, CqxStorageBase::Create(nullptr, platform::UuidOf<IqxStorage>, storage.PutVoid()));
+        EXPECT_FALSE(storage);
+        EXPECT_THAT(Reporters(), ElementsAre(L"CqxStorageBase::FinalConstruct"));
+    }
+    EXPECT_EQ(S_OK, CqxStorageBase::Create(nullptr, platform::UuidOf<IqxStorage>, storage.PutVoid()));
+}
+
+TEST_F(Guards, AFailedSelectAnswersOkWithWhatTheTableHolds) {
+    const auto table = NewTable();
+    table->AddFieldByName(CBstr(L"HOLIDAY").Get(), 0, 0, 0);
+    table->Append();
+    table->Post();
+    CloseDatabase();
+    EXPECT_EQ(S_OK, m_Object->SelectHoliday(NewRequest().Get(), table.Get()));
+    EXPECT_EQ(1, RecordCount(table));
+    EXPECT_THAT(Reporters(), ElementsAre(L"sqStorage::CStorage::SelectHoliday"));
+}
+
+TEST_F(Guards, AnExceptionInAnOperationIsReportedUnderItsName) {
+    CloseDatabase();
+    Storage().DeleteHoliday(1);
+    Storage().UpdateHoliday(1, L"x");
+    Storage().InsertHolidayDetails(NewTable().Get());
+    Storage().DeleteSetting(1);
+    Storage().UpdateSetting(1, 1, 1, 1, 1);
+    EXPECT_THAT(Reporters(),
+                ElementsAre(L"sqStorage::CStorage::DeleteHoliday", L"sqStorage::CStorage::UpdateHoliday",
+                            L"sqStorage::CStorage::InsertHolidayDetails", L"sqStorage::CStorage::DeleteSetting",
+                            L"sqStorage::CStorage::UpdateSetting"));
+}
+
+TEST_F(Guards, AStatementThatOverflowsIsReportedUnderTheOperationsName) {
+    EXPECT_EQ(0, Storage().InsertHoliday(std::wstring(1100, L'x').c_str()));
+    EXPECT_THAT(Reporters(), ElementsAre(L"sqStorage::CStorage::InsertHoliday"));
+}
+
+TEST_F(Guards, AStatementThatOverflowsIsAnInvalidParameter) {
+    BugSlayerUtil::CInvalidParameterCatcher::Install();
+    EXPECT_THROW(sqStorage::CStatement<8>(L"%s", L"too long for it"), std::length_error);
+    const sqStorage::CStatement<8> fits(L"%s", L"1234567");
+    BugSlayerUtil::CInvalidParameterCatcher::Remove();
+    const auto crashes = Recorder::RecordsOf(L"EXCEPTION");
+    ASSERT_EQ(1U, crashes.size());
+    EXPECT_EQ(static_cast<LONG>(0xC000000D), crashes[0].Value(L"Code").AsLong());
+}
+
+TEST_F(Guards, AnExceptionInADeleteIsRaisedAgain) {
+    CloseDatabase();
+    const BugSlayerUtil::CScope scope;
+    scope.Guard([&] { Storage().DeleteAnything(L"SELECT 1 AS DELETED FROM RDB$DATABASE"); });
+    EXPECT_THAT(Recorder::Errors(), ElementsAre(StartsWith(L"DeleteAnything (stdexcept: \"")));
+    EXPECT_THAT(Recorder::Errors(), ElementsAre(HasSubstr(L"GetTransaction: ")));
+}
+
+TEST_F(Guards, AnUpdateWithoutANameIsReportedAndWritesTheEmptyText) {
+    Sql(L"INSERT INTO HOLIDAYS VALUES(5,'NYSE')");
+    Storage().UpdateHoliday(5, nullptr);
+    EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"hn"));
+    EXPECT_THAT(Recorder::Messages(), Contains(L"sql = 'UPDATE HOLIDAYS SET HOLIDAY_NAME='' WHERE HOLIDAY=5 '"));
+    EXPECT_THAT(Sql(L"SELECT HOLIDAY_NAME FROM HOLIDAYS"), ElementsAre(Row{L""}));
+}
+
+TEST_F(Guards, ADeletedDateWithoutATextIsReportedAndTheStatementStillRuns) {
+    Storage().DeleteHolidayDetails2(5, nullptr);
+    EXPECT_THAT(Recorder::Messages(),
+                Contains(L"sql = 'DELETE FROM HOLIDAY_DETAILS WHERE HOLIDAY=5 AND HOLIDAY_START_DATE='''"));
+    EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"Date", StartsWith(L"Open: "), StartsWith(L"Fetch: ")))
+        << "the empty text is no date";
+}
+
+} // namespace

@@ -1,0 +1,130 @@
+// What commits together and what does not, and what a database without keys comes to.
+#include "HostFixture.h"
+#include "diagnostics/tests/recorder/Recorder.h"
+#include "dmserver/dmudfcom/interface/FieldIds.h"
+#include "qxStorageBase.h"
+
+#include <gmock/gmock.h>
+#include <optional>
+
+namespace {
+
+using namespace tests;
+using testing::Contains;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+// Another definition of something in the database, for the length of a scope in which the storage comes and goes:
+// prepared statements would keep the old one.
+class CRedefinition {
+public:
+    CRedefinition(const CStorageHost& host, const wchar_t* change, std::wstring restore)
+        : m_Host(host), m_Restore(std::move(restore)) {
+        m_Host.Sql(change);
+    }
+    ~CRedefinition() { m_Host.Sql(m_Restore); }
+    CRedefinition(const CRedefinition&) = delete;
+    CRedefinition& operator=(const CRedefinition&) = delete;
+
+private:
+    const CStorageHost& m_Host;
+    std::wstring m_Restore;
+};
+
+class Transactions : public HostTest {
+protected:
+    Transactions() {
+        for (const wchar_t* table : {L"HOLIDAYS", L"HOLIDAY_DETAILS", L"SETTINGS"})
+            Sql(std::wstring(L"DELETE FROM ") + table);
+        Recorder::Clear();
+    }
+    static CComPtr<IqxStorage> Create() {
+        CComPtr<IqxStorage> storage;
+        EXPECT_EQ(S_OK, CqxStorageBase::Create(nullptr, platform::UuidOf<IqxStorage>, storage.PutVoid()));
+        return storage;
+    }
+    static std::vector<Row> Dates() {
+        return Sql(L"SELECT HOLIDAY_START_DATE FROM HOLIDAY_DETAILS ORDER BY HOLIDAY_START_DATE");
+    }
+};
+
+TEST_F(Transactions, EachExecutionIsACommittedOneOfItsOwn) {
+    const sqStorage::CStorageHolder holder;
+    const std::wstring insert = L"INSERT INTO HOLIDAYS VALUES(CURRENT_TRANSACTION,'x')";
+    holder.GetObject()->Execute(insert.c_str(), nullptr, nullptr);
+    EXPECT_EQ(1U, Sql(L"SELECT HOLIDAY FROM HOLIDAYS").size());
+    holder.GetObject()->Execute(insert.c_str(), nullptr, nullptr);
+    EXPECT_EQ(2U, Sql(L"SELECT DISTINCT HOLIDAY FROM HOLIDAYS").size());
+}
+
+TEST_F(Transactions, ARefusedExecutionLeavesTheOneBeforeCommitted) {
+    const sqStorage::CStorageHolder holder;
+    holder.GetObject()->Execute(L"INSERT INTO HOLIDAYS VALUES(1,'x')", nullptr, nullptr);
+    holder.GetObject()->Execute(L"INSERT INTO HOLIDAYS VALUES(1,'the key again')", nullptr, nullptr);
+    EXPECT_THAT(Recorder::Asserts(), Contains(StartsWith(L"Open: ")));
+    EXPECT_THAT(Sql(L"SELECT HOLIDAY_NAME FROM HOLIDAYS"), ElementsAre(Row{L"x"}));
+}
+
+TEST_F(Transactions, TheDatesOfADeletedCalendarStayDeletedWhenTheCalendarIsRefused) {
+    Sql(L"INSERT INTO HOLIDAYS VALUES(1,'NYSE')");
+    Sql(L"INSERT INTO HOLIDAY_DETAILS (HOLIDAY,HOLIDAY_START_DATE) VALUES(1,'01.01.2027')");
+    const CRedefinition refusal(Host(),
+                                L"CREATE TRIGGER REFUSE_DELETE FOR HOLIDAYS BEFORE DELETE AS BEGIN "
+                                L"EXCEPTION SESSION_NOT_PRESENTABLE 'refused'; END",
+                                L"DROP TRIGGER REFUSE_DELETE");
+    EXPECT_EQ(S_OK, Create()->DeleteHoliday(1));
+    EXPECT_THAT(Recorder::Asserts(), Contains(testing::HasSubstr(L"refused")));
+    EXPECT_THAT(Dates(), IsEmpty());
+    EXPECT_EQ(1U, Sql(L"SELECT HOLIDAY FROM HOLIDAYS").size());
+}
+
+TEST_F(Transactions, OneBadRecordOfABatchLeavesNoneOfIt) {
+    Sql(L"INSERT INTO HOLIDAYS VALUES(1,'NYSE')");
+    const auto table = NewTable();
+    for (const wchar_t* name : {L"HOLIDAY", L"HOLIDAY_DESCRIPTION", L"HOLIDAY_START_DATE", L"HOLIDAY_END_DATE"})
+        table->AddFieldByName(CBstr(name).Get(), 0, 0, 0);
+    CComPtr<IdmField> description;
+    table->get_Field(1, description.Put());
+    for (const std::size_t length : {1, 5000}) {
+        table->Append();
+        FieldOf(table, IDM_dmudfcom::fieldHoliday)->put_AsLong(1);
+        FieldOf(table, IDM_dmudfcom::fieldHolidayStartDate)->put_AsLong(46388 + static_cast<LONG>(length));
+        description->put_AsString(CBstr(std::wstring(length, L'x')).Get());
+        table->Post();
+    }
+    table->First();
+    const auto storage = Create();
+    EXPECT_EQ(S_OK, storage->InsertHolidayDetails(table.Get()));
+    EXPECT_THAT(Recorder::Asserts(), Contains(StartsWith(L"Open: ")));
+    EXPECT_THAT(Dates(), IsEmpty());
+    // Without the bad one the batch is stored.
+    table->Last();
+    table->Delete();
+    EXPECT_EQ(S_OK, storage->InsertHolidayDetails(table.Get()));
+    EXPECT_THAT(Dates(), ElementsAre(Row{L"02.01.2027"}));
+}
+
+TEST_F(Transactions, WithoutAKeyAnInsertAnswersFalseAndWritesNothing) {
+    const auto body = [](const wchar_t* statements) {
+        return L"ALTER PROCEDURE GENERATE_ID (STEP INTEGER) RETURNS (GENERATED_ID INTEGER) AS BEGIN " +
+               std::wstring(statements) + L" END";
+    };
+    const CRedefinition noKeys(Host(), body(L"IF (1 = 0) THEN SUSPEND;").c_str(),
+                               body(L"GENERATED_ID = GEN_ID(GLOBAL_KEY, :STEP); SUSPEND;"));
+    const auto storage = Create();
+    Recorder::Clear();
+    LONG holiday = -1;
+    LONG setting = -1;
+    EXPECT_EQ(S_FALSE, storage->InsertHoliday(CBstr(L"NYSE").Get(), &holiday));
+    EXPECT_EQ(S_FALSE, storage->InsertSetting(1, 1, 1, 1, &setting));
+    EXPECT_EQ(0, holiday);
+    EXPECT_EQ(0, setting);
+    EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"RecordCount>0", L"Holiday", L"RecordCount>0", L"0!=Setting"));
+    EXPECT_THAT(Recorder::Messages(), Each(Not(StartsWith(L"sql = "))));
+    EXPECT_THAT(Sql(L"SELECT HOLIDAY FROM HOLIDAYS"), IsEmpty());
+}
+
+} // namespace
