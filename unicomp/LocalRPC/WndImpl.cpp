@@ -71,7 +71,13 @@ void CWndImpl::ShutDown() {
 void CWndImpl::OnFinalMessage() noexcept { delete this; }
 
 void CWndImpl::OnThreadEnd() noexcept {
-    if (const boost::intrusive_ptr<CWndMsgPumpBase> pump = Pump())
+    boost::intrusive_ptr<CWndMsgPumpBase> pump;
+    {
+        const std::scoped_lock lock(m_Lock);
+        pump.swap(m_Pump);
+    }
+    // A transport that only its window has held ends here, and takes the window with it.
+    if (pump)
         pump->OnWindowLost(*this);
 }
 

@@ -1,7 +1,6 @@
 #include "unicomp/LocalRPC/interface/EventUtils.h"
 
 #include "Help.h"
-#include "platform/tests/support/ProcessLimits.h"
 
 namespace MTUtils {
 namespace {
@@ -38,10 +37,7 @@ TEST_F(EventUtils, AnEventThatCannotBeClosedIsReported) {
 }
 
 TEST_F(EventUtils, AnEventThatCannotBeMadeThrows) {
-    EXPECT_EQ(LocalRPC::WhatOf<std::exception>([] {
-                  const platform_tests::CNoMoreDescriptors limit;
-                  const CMTUEvent event(true);
-              }),
+    EXPECT_EQ(LocalRPC::WhatOfWithoutDescriptors<std::exception>([] { const CMTUEvent event(true); }),
               "can't create event");
     EXPECT_EQ(LocalRPC::WhatOf<std::exception>([] { const CMTUEvent event(true, false, L"name"); }),
               "can't create event");

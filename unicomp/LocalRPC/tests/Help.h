@@ -3,12 +3,14 @@
 
 #include "diagnostics/tests/recorder/Recorder.h"
 #include "platform/tests/support/Gate.h"
+#include "platform/tests/support/ProcessLimits.h"
 #include "unicomp/LocalRPC/interface/TaskFactory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 
 namespace LocalRPC {
 
@@ -30,6 +32,17 @@ std::string WhatOf(Body body) {
         return exception.what();
     }
     return {};
+}
+
+// The same with no descriptor to be had. The body runs in peace first, on a thread that takes with it what it
+// opened: sanitizers look up through a pipe what they meet for the first time.
+template <class Exception, class Body>
+std::string WhatOfWithoutDescriptors(Body body) {
+    std::thread(body).join();
+    return WhatOf<Exception>([&] {
+        const platform_tests::CNoMoreDescriptors limit;
+        body();
+    });
 }
 
 inline constexpr const char* Refused = "Synchronous function execution failed!";

@@ -4,7 +4,6 @@
 #include "Help.h"
 #include "diagnostics/interface/BugSlayer.h"
 #include "platform/message_queue.h"
-#include "platform/tests/support/ProcessLimits.h"
 
 #include <functional>
 #include <memory>
@@ -91,10 +90,7 @@ TEST_F(Task, ARaisedRecordIsReleasedWhereItEnds) {
 }
 
 TEST_F(Task, ASynchronousTaskNeedsAnEvent) {
-    EXPECT_EQ(WhatOf<std::runtime_error>([] {
-                  const platform_tests::CNoMoreDescriptors limit;
-                  static_cast<void>(MakeSyncTask([] {}));
-              }),
+    EXPECT_EQ(WhatOfWithoutDescriptors<std::runtime_error>([] { static_cast<void>(MakeSyncTask([] {})); }),
               "can't create event");
 }
 

@@ -5,7 +5,6 @@
 #include "platform/com/apartment.h"
 #include "platform/event.h"
 #include "platform/message_queue.h"
-#include "platform/tests/support/ProcessLimits.h"
 #include "unicomp/LocalRPC/interface/LocalRPC.h"
 
 #include <ctime>
@@ -380,10 +379,8 @@ TEST_F(ThreadTransport, APostWhoseStartFailsThrows) {
 }
 
 TEST_F(ThreadTransport, NeedsEvents) {
-    EXPECT_EQ(WhatOf<std::exception>([] {
-                  const platform_tests::CNoMoreDescriptors limit;
-                  const boost::intrusive_ptr<CThread> transport(new CThread(0));
-              }),
+    EXPECT_EQ(WhatOfWithoutDescriptors<std::exception>(
+                  [] { const boost::intrusive_ptr<CThread> transport(new CThread(0)); }),
               "can't create event");
 }
 

@@ -19,6 +19,17 @@ using details::CWndMsgPump;
 
 class CWndMsgPumpTest : public CRecordedTest {
 protected:
+    // A transport that runs holds itself by its window.
+    void TearDown() override {
+        if (m_Pump)
+            m_Pump->Stop(true, true);
+        m_Pump.reset();
+        CRecordedTest::TearDown();
+    }
+    void Replace(CWndMsgPump* pump) {
+        m_Pump->Stop(true, true);
+        m_Pump.reset(pump);
+    }
     bool PostNote(int number) {
         return m_Pump->Post(MakeAsyncTask([this, number] {
             m_Notes.push_back(number);

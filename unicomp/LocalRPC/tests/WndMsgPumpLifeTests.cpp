@@ -1,5 +1,4 @@
 #include "WndMsgPumpHelp.h"
-#include "platform/tests/support/ProcessLimits.h"
 #include "unicomp/LocalRPC/interface/LocalRPC.h"
 
 #include <memory>
@@ -13,7 +12,7 @@ using ::testing::IsEmpty;
 class WndMsgPumpLife : public CWndMsgPumpTest {};
 
 TEST_F(WndMsgPumpLife, WithoutAutoStartItHasNoWindow) {
-    m_Pump.reset(new CWndMsgPump(false));
+    Replace(new CWndMsgPump(false));
     EXPECT_FALSE(m_Pump->IsRunning());
     EXPECT_EQ(m_Pump->GetThreadId(), NoThread);
     EXPECT_FALSE(PostNote(1)); // and does not start itself
@@ -131,20 +130,16 @@ TEST_F(WndMsgPumpLife, AWindowThatCannotBeCreatedThrowsTheSystemsText) {
     const char* text = "can't create transport Window. Last error: Too many open files";
     // A thread without a queue yet.
     Elsewhere([&] {
-        const boost::intrusive_ptr<CWndMsgPump> pump(new CWndMsgPump(false));
-        EXPECT_EQ(WhatOf<local_rpc_exception>([&] {
-                      const platform_tests::CNoMoreDescriptors limit;
+        EXPECT_EQ(WhatOfWithoutDescriptors<local_rpc_exception>([] {
+                      const boost::intrusive_ptr<CWndMsgPump> pump(new CWndMsgPump(false));
                       pump->Start();
+                      pump->Stop(true, true);
                   }),
                   text);
-        EXPECT_FALSE(pump->IsRunning());
-        EXPECT_EQ(WhatOf<local_rpc_exception>([&] {
-                      const platform_tests::CNoMoreDescriptors limit;
-                      const CActiveObject_WndMsg object(true);
-                  }),
+        EXPECT_EQ(WhatOfWithoutDescriptors<local_rpc_exception>([] { const CActiveObject_WndMsg object(true); }),
                   text);
-        EXPECT_TRUE(pump->Start());
-        EXPECT_TRUE(pump->Stop(true, true));
+        // And works once there is room again.
+        const CActiveObject_WndMsg object(true);
     });
 }
 
@@ -204,6 +199,21 @@ TEST_F(WndMsgPumpLife, AnObjectMayEndWithItsThreadsOwnBelongings) {
         object = std::make_unique<CActiveObject_WndMsg>(true);
         EXPECT_TRUE(object->Post(MakeAsyncTask([] {})));
     });
+}
+
+TEST_F(WndMsgPumpLife, ATransportLeftToItsWindowEndsWithTheThread) {
+    struct CPump : CWndMsgPump {
+        explicit CPump(std::shared_ptr<int> held) : CWndMsgPump(true), Held(std::move(held)) {}
+        std::shared_ptr<int> Held;
+    };
+    const auto held = std::make_shared<int>(0);
+    Elsewhere([&] {
+        boost::intrusive_ptr<CPump> pump(new CPump(held));
+        pump->Post(MakeAsyncTask([held] {}));
+        pump.reset();
+        EXPECT_EQ(held.use_count(), 3);
+    });
+    EXPECT_EQ(held.use_count(), 1);
 }
 
 // ---- The facade ----

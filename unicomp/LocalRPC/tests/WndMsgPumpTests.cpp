@@ -185,7 +185,7 @@ struct COpenPump : CWndMsgPump {
 
 TEST_F(WndMsgPump, ASuspendedOneTakesWakesWithoutEffect) {
     const boost::intrusive_ptr<COpenPump> pump(new COpenPump);
-    m_Pump = pump;
+    Replace(pump.get());
     pump->m_Suspended = true;
     PostNote(1);
     platform::DispatchPendingMessages();
@@ -198,7 +198,7 @@ TEST_F(WndMsgPump, ASuspendedOneTakesWakesWithoutEffect) {
 
 TEST_F(WndMsgPump, NestedTasksRunWhereTheyAreAllowed) {
     const boost::intrusive_ptr<COpenPump> pump(new COpenPump);
-    m_Pump = pump;
+    Replace(pump.get());
     pump->m_AllowNested = true;
     pump->Post(MakeAsyncTask([&] {
         PostNote(1);
@@ -211,7 +211,7 @@ TEST_F(WndMsgPump, NestedTasksRunWhereTheyAreAllowed) {
 
 TEST_F(WndMsgPump, ALimitedRunLeavesTheRestToAnotherWake) {
     const boost::intrusive_ptr<COpenPump> pump(new COpenPump);
-    m_Pump = pump;
+    Replace(pump.get());
     Elsewhere([&] { PostNote(1); });
     EXPECT_THAT(m_Notes, IsEmpty());
     pump->Process(0);
