@@ -1,9 +1,10 @@
 #include "LocalZone.h"
 
 #include "platform/local_time_zone.h"
+#include "unicomp/TimeZoneHelper/interface/TziCodecs.h"
 
+#include <array>
 #include <fmt/format.h>
-#include <fmt/xchar.h>
 
 namespace IDM_dmFirebird {
 
@@ -17,27 +18,21 @@ TIME_ZONE_INFORMATION LocalZone() {
     return zone;
 }
 
-std::wstring ToText(const SYSTEMTIME& date) {
-    return fmt::format(L"{},{},{},{:02}:{:02}:{:02}.{:04}", date.wMonth, date.wDayOfWeek, date.wDay, date.wHour,
-                       date.wMinute, date.wSecond, date.wMilliseconds);
-}
-
-std::wstring ToText(const TIME_ZONE_INFORMATION& zone) {
-    return fmt::format(L"{},{},{},{},{}", zone.Bias, zone.StandardBias, ToText(zone.StandardDate),
-                       zone.DaylightBias, ToText(zone.DaylightDate));
+// Digits and punctuation alone: nothing to escape, nothing to convert.
+std::string ToText(const TIME_ZONE_INFORMATION& zone) {
+    std::array<wchar_t, 128> text{};
+    tz_help::TZIToString(zone, text.data(), text.size());
+    const std::wstring_view characters(text.data());
+    return std::string(characters.begin(), characters.end());
 }
 
 } // namespace
 
-std::wstring LocalZoneText() { return ToText(LocalZone()); }
-
 std::string SetLocalZoneStatement() {
     const TIME_ZONE_INFORMATION zone = LocalZone();
-    const std::wstring text = ToText(zone);
-    // Digits and punctuation alone: nothing to escape, nothing to convert.
     return fmt::format("SELECT RDB$SET_CONTEXT('USER_SESSION','LOCAL_BIAS','{}'),"
                        "RDB$SET_CONTEXT('USER_SESSION','LOCAL_TIME_ZONE','{}') FROM RDB$DATABASE",
-                       zone.Bias, std::string(text.begin(), text.end()));
+                       zone.Bias, ToText(zone));
 }
 
 } // namespace IDM_dmFirebird
