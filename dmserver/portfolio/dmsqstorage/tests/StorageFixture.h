@@ -40,8 +40,12 @@ class StorageTest : public HostTest {
 protected:
     void SetUp() override {
         ASSERT_EQ(S_OK, CStorageHost::Create(m_Storage));
-        for (const wchar_t* table : {L"HOLIDAYS", L"HOLIDAY_DETAILS", L"SETTINGS"})
-            Host().Sql(std::wstring(L"DELETE FROM ") + table);
+        std::wstring statements;
+        for (const wchar_t* table :
+             {L"HOLIDAYS", L"HOLIDAY_DETAILS", L"SETTINGS", L"DATA_FEEDS", L"EXCHANGES", L"SESSIONS",
+              L"SESSION_DETAILS", L"CURRENCY", L"PORTFOLIO", L"DICTIONARY", L"CUSTOM_FUTURES"})
+            statements += std::wstring(L"DELETE FROM ") + table + L"; ";
+        Host().Sql(L"EXECUTE BLOCK AS BEGIN " + statements + L"END");
         TakeAll();
     }
 
