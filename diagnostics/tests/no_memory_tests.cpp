@@ -28,6 +28,9 @@ void* Allocate(std::size_t size) noexcept {
 
 } // namespace
 
+// The compiler inlines one half of the pair and then takes the other for a mismatch.
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+
 void* operator new(std::size_t size) {
     if (void* const memory = Allocate(size))
         return memory;

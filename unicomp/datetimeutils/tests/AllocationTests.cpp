@@ -13,6 +13,9 @@ namespace {
 std::atomic<std::size_t> Allocations{0};
 }
 
+// The compiler inlines one half of the pair and then takes the other for a mismatch.
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+
 void* operator new(std::size_t size) {
     ++Allocations;
     if (void* memory = std::malloc(size))
