@@ -68,6 +68,17 @@ std::basic_string<Target> Convert(std::basic_string_view<Source> text, std::stri
     }
 }
 
+void RefuseFaults(std::wstring_view text) {
+    if (FindFault(text) < text.size())
+        ThrowFault(text, "Unicode", "character");
+}
+
+// Any language whose letters change case in the common way will do.
+const std::locale& CaseLocale() {
+    static const std::locale locale = boost::locale::generator()("en_US.UTF-8");
+    return locale;
+}
+
 void SwapOnBigEndian(std::u16string& units) {
     if constexpr (std::endian::native == std::endian::big) {
         for (char16_t& unit : units)
@@ -129,10 +140,24 @@ std::wstring FoldCase(std::wstring_view text) {
         }
         return result;
     }
-    if (FindFault(text) < text.size())
-        ThrowFault(text, "Unicode", "character");
-    static const std::locale locale = boost::locale::generator()("en_US.UTF-8");
-    return boost::locale::fold_case(result.assign(text), locale);
+    RefuseFaults(text);
+    return boost::locale::fold_case(result.assign(text), CaseLocale());
+}
+
+std::wstring ToUpper(std::wstring_view text) {
+    RefuseFaults(text);
+    std::wstring result(text);
+    for (wchar_t& character : result) {
+        if (character < 0x80) {
+            if (character >= L'a' && character <= L'z')
+                character -= L'a' - L'A';
+            continue;
+        }
+        const std::wstring capital = boost::locale::to_upper(std::wstring(1, character), CaseLocale());
+        if (capital.size() == 1)
+            character = capital.front();
+    }
+    return result;
 }
 
 } // namespace platform

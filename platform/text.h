@@ -33,4 +33,8 @@ private:
 // The same for two texts that differ in case alone; for comparing names, not for showing.
 [[nodiscard]] std::wstring FoldCase(std::wstring_view text);
 
+// Each letter as its capital, one for one, so the length stays. A letter whose capital takes several characters is
+// left as it is.
+[[nodiscard]] std::wstring ToUpper(std::wstring_view text);
+
 } // namespace platform

@@ -67,6 +67,7 @@ TEST(Text, RefusesWideCharactersThatAreNone) {
     EXPECT_EQ(FaultOf([&] { static_cast<void>(ToUtf8(beyond)); }, text), 2U);
     EXPECT_EQ(FaultOf([&] { static_cast<void>(ToUtf16Le(surrogate)); }, text), 1U);
     EXPECT_EQ(FaultOf([&] { static_cast<void>(FoldCase(surrogate)); }, text), 1U);
+    EXPECT_EQ(FaultOf([&] { static_cast<void>(ToUpper(surrogate)); }, text), 1U);
 }
 
 TEST(Text, GoesToUtf16AndBack) {
@@ -117,12 +118,22 @@ TEST(Text, FoldsCaseBeyondAscii) {
     EXPECT_NE(FoldCase(L"\u0416"), FoldCase(L"\u0417"));
 }
 
+TEST(Text, TurnsEachLetterIntoItsCapital) {
+    EXPECT_EQ(ToUpper(L"esZ09 @[`{|"), L"ESZ09 @[`{|");
+    EXPECT_EQ(ToUpper(L"\u0436\u00FC\u0416\u4E2D"), L"\u0416\u00DC\u0416\u4E2D");
+    EXPECT_EQ(ToUpper(std::wstring(L"a\0b", 3)), std::wstring(L"A\0B", 3));
+    EXPECT_EQ(ToUpper(L""), L"");
+}
+
+TEST(Text, ALetterWithoutASingleCapitalStays) { EXPECT_EQ(ToUpper(L"gro\u00DF"), L"GRO\u00DF"); }
+
 TEST(Text, DoesNotFollowTheLocale) {
     const std::string before = std::setlocale(LC_ALL, nullptr);
     for (const char* locale : {"C", "C.UTF-8"}) {
         std::setlocale(LC_ALL, locale);
         EXPECT_EQ(ToUtf8(L"\u0416"), "\xD0\x96") << locale;
         EXPECT_EQ(FoldCase(L"\u0416"), L"\u0436") << locale;
+        EXPECT_EQ(ToUpper(L"\u0436i"), L"\u0416I") << locale;
     }
     std::setlocale(LC_ALL, before.c_str());
 }
