@@ -6,6 +6,7 @@
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace IDM_dmudfcom {
 
@@ -209,7 +210,116 @@ void CColumn::StoreText(Row row, std::string_view text) {
     if (row < m_Size && !IsNull(row))
         m_Replaced += m_Pool->At(Load<CTextPool::Handle>(row)).size();
     Store(row, m_Pool->Add(text));
-    if (m_Replaced > m_Pool->Bytes() / 2 && m_Pool->Bytes() > 2 * m_Compacted + CompactFrom) [[unlikely]]
+    if (IsWorthCompacting()) [[unlikely]]
+        CompactTexts();
+}
+
+bool CColumn::IsWorthCompacting() const {
+    return m_Replaced > m_Pool->Bytes() / 2 && m_Pool->Bytes() > 2 * m_Compacted + CompactFrom;
+}
+
+void CColumn::GetIntegers(Row first, std::span<LONG> values) const {
+    const bool isLong = m_Type == EColumnType::Long || m_Type == EColumnType::Date || m_Type == EColumnType::Time;
+    std::size_t i = 0;
+    while (i < values.size()) {
+        const Row row = first + static_cast<Row>(i);
+        const std::size_t inChunk = std::min<std::size_t>(ChunkRows - row % ChunkRows, values.size() - i);
+        if (isLong && row + inChunk <= m_Size && !m_Chunks[row / ChunkRows].Nulls) {
+            std::memcpy(&values[i], m_Chunks[row / ChunkRows].Cells.get() + row % ChunkRows * sizeof(LONG),
+                        inChunk * sizeof(LONG));
+            i += inChunk;
+            continue;
+        }
+        for (const std::size_t end = i + inChunk; i < end; ++i) {
+            std::int64_t value;
+            Integer(first + static_cast<Row>(i), value);
+            values[i] = std::in_range<LONG>(value) ? static_cast<LONG>(value) : 0;
+        }
+    }
+}
+
+template <class Fill>
+void CColumn::StoreRun(Row first, Row count, Fill&& fill) {
+    if (count == 0)
+        return;
+    const Row end = first + count;
+    ClearNulls(first, std::min(end, m_Size) - std::min(first, m_Size));
+    if (end > m_Size) {
+        if (end > m_Capacity)
+            AddRoom(end);
+        for (; m_Size < first; ++m_Size)
+            MarkNull(m_Size);
+        // Rows that were truncated may have left their marks.
+        ClearNulls(m_Size, end - m_Size);
+        m_Size = end;
+    }
+    for (Row row = first; row < end;) {
+        const Row inChunk = std::min(ChunkRows - row % ChunkRows, end - row);
+        fill(m_Chunks[row / ChunkRows].Cells.get() + std::size_t{row % ChunkRows} * m_Width, row - first, inChunk);
+        row += inChunk;
+    }
+}
+
+void CColumn::ClearNulls(Row first, Row count) {
+    for (Row row = first; row < first + count;) {
+        tagChunk& chunk = m_Chunks[row / ChunkRows];
+        const Row end = std::min(first + count, (row / ChunkRows + 1) * ChunkRows);
+        for (; chunk.Nulls && row < end; ++row)
+            chunk.Nulls[row % ChunkRows / 64] &= ~(std::uint64_t{1} << row % 64);
+        row = end;
+    }
+}
+
+void CColumn::SetIntegers(Row first, std::span<const LONG> values) {
+    const auto count = static_cast<Row>(values.size());
+    switch (m_Type) {
+    case EColumnType::Long:
+    case EColumnType::Date:
+    case EColumnType::Time:
+        return StoreRun(first, count, [values](std::byte* cells, Row offset, Row size) {
+            std::memcpy(cells, &values[offset], size * sizeof(LONG));
+        });
+    default:
+        for (Row i = 0; i < count; ++i)
+            SetInteger(first + i, values[i]);
+    }
+}
+
+void CColumn::SetReals(Row first, std::span<const double> values) {
+    const auto count = static_cast<Row>(values.size());
+    if (m_Type == EColumnType::Double)
+        return StoreRun(first, count, [values](std::byte* cells, Row offset, Row size) {
+            std::memcpy(cells, &values[offset], size * sizeof(double));
+        });
+    for (Row i = 0; i < count; ++i)
+        SetReal(first + i, values[i]);
+}
+
+void CColumn::Keep(tagSharedText& text) {
+    if (text.Pool == m_Pool->Id())
+        return;
+    text.Handle = m_Pool->Add(text.Text);
+    text.Pool = m_Pool->Id();
+}
+
+void CColumn::SetTexts(Row first, std::span<tagSharedText* const> texts) {
+    const auto count = static_cast<Row>(texts.size());
+    if (m_Type != EColumnType::Text) {
+        for (Row i = 0; i < count; ++i)
+            SetText(first + i, texts[i]->Text);
+        return;
+    }
+    for (tagSharedText* const text : texts)
+        Keep(*text);
+    for (Row row = first; row < std::min(first + count, m_Size); ++row)
+        if (!IsNull(row))
+            m_Replaced += m_Pool->At(Load<CTextPool::Handle>(row)).size();
+    StoreRun(first, count, [texts](std::byte* cells, Row offset, Row size) {
+        for (Row i = 0; i < size; ++i)
+            std::memcpy(cells + i * sizeof(CTextPool::Handle), &texts[offset + i]->Handle,
+                        sizeof(CTextPool::Handle));
+    });
+    if (IsWorthCompacting()) [[unlikely]]
         CompactTexts();
 }
 

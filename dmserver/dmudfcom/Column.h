@@ -12,6 +12,7 @@
 
 #include <cstring>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,6 +51,12 @@ public:
     bool SetText(Row row, std::string_view text);
     void SetNull(Row row);
 
+    // Rows from `first` on. What cannot be converted is 0.
+    void GetIntegers(Row first, std::span<LONG> values) const;
+    void SetIntegers(Row first, std::span<const LONG> values);
+    void SetReals(Row first, std::span<const double> values);
+    void SetTexts(Row first, std::span<tagSharedText* const> texts);
+
     // Null before all values, numbers by value, texts by code point.
     int Compare(Row left, Row right) const;
 
@@ -84,11 +91,17 @@ private:
     }
     template <class T>
     bool StoreWithin(Row row, std::int64_t value);
+    // Makes the rows cells that are not null, and gives `fill` their bytes, piece by piece: (cells, offset, count).
+    template <class Fill>
+    void StoreRun(Row first, Row count, Fill&& fill);
+    void Keep(tagSharedText& text);
 
     void Extend(Row row);
     void AddRoom(Row needed);
     void MarkNull(Row row);
+    void ClearNulls(Row first, Row count);
     void StoreText(Row row, std::string_view text);
+    bool IsWorthCompacting() const;
     void CompactTexts();
     int CompareValues(Row left, Row right) const;
 

@@ -59,6 +59,9 @@ public:
     // NoRow for a row that is no record.
     ULONG PositionOf(Row row, CTableIndex* index = nullptr);
     Row RecordRow(ULONG position) const { return m_IsOrdered ? m_Order[position] : position; }
+    // The records are the rows from 0 on, in their order.
+    bool IsInRowOrder() const { return !m_IsOrdered; }
+    bool HasIndexes() const { return !m_Indexes.empty(); }
 
     Row AppendRecord();
     Row Reserve();

@@ -1,6 +1,7 @@
 #include "TextPool.h"
 
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <cstring>
 #include <limits>
@@ -47,6 +48,11 @@ std::size_t HashOf(std::string_view text) {
 }
 
 } // namespace
+
+CTextPool::CTextPool() {
+    static std::atomic<std::uint64_t> last{0};
+    m_Id = last.fetch_add(1, std::memory_order_relaxed) + 1;
+}
 
 std::string_view CTextPool::At(Handle handle) const {
     if (handle == 0)

@@ -17,6 +17,11 @@ class CTextPool {
 public:
     using Handle = std::uint32_t;
 
+    CTextPool();
+
+    // No two pools of a process have the same, and an emptied one has a new one.
+    std::uint64_t Id() const { return m_Id; }
+
     // The handle of the empty text is 0 and costs nothing. Throws std::length_error when the pool holds 4 GB.
     Handle Add(std::string_view text);
     // Good until the next Add.
@@ -48,6 +53,7 @@ private:
         std::unique_ptr<char[]> Owner; // null where the block before owns this one's bytes
         std::size_t Size = 0;
     };
+    std::uint64_t m_Id;
     std::vector<tagBlock> m_Blocks;
     std::size_t m_End = 0; // where the next text goes
     Handle m_Last = 0;

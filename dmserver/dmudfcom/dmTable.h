@@ -94,6 +94,10 @@ public:
     void SetText(ULONG row, ULONG column, std::string_view text) override;
     void SetInteger(ULONG row, ULONG column, std::int64_t value) override;
     void SetReal(ULONG row, ULONG column, double value) override;
+    void GetIntegers(ULONG column, ULONG first, std::span<LONG> values) const override;
+    void SetIntegers(ULONG column, ULONG first, std::span<const LONG> values) override;
+    void SetReals(ULONG column, ULONG first, std::span<const double> values) override;
+    void SetTexts(ULONG column, ULONG first, std::span<tagSharedText* const> texts) override;
     std::size_t MemoryUse() const override;
 
     std::shared_ptr<CTableStore> Store() const override { return m_Store; }
@@ -125,6 +129,9 @@ private:
     void Show(std::shared_ptr<CTableStore> store);
     HRESULT ShowBytes(const VARIANT& value);
     Row PlaceOf(ULONG row, ULONG column) const;
+    template <class Value>
+    void WriteRun(ULONG column, ULONG first, std::span<Value> values,
+                  void (CColumn::*write)(Row, std::span<Value>));
     CColumn& BulkColumn(ULONG column) {
         assert(m_BulkRow != NoRow && column < m_Store->FieldCount());
         return m_Store->Edit(column, m_BulkRow);

@@ -96,6 +96,40 @@ void CdmTable::SetReal(ULONG row, ULONG column, double value) {
     m_Store->Edit(column, place).SetReal(place, value);
 }
 
+void CdmTable::GetIntegers(ULONG column, ULONG first, std::span<LONG> values) const {
+    assert(first + values.size() <= m_Store->RecordCount() && column < m_Store->FieldCount());
+    const CColumn& cells = m_Store->Column(column);
+    if (m_Store->IsInRowOrder())
+        return cells.GetIntegers(first, values);
+    for (std::size_t i = 0; i < values.size(); ++i)
+        cells.GetIntegers(m_Store->RecordRow(first + static_cast<ULONG>(i)), values.subspan(i, 1));
+}
+
+// All at once where the records lie one after another and no index has to hear of it; else one by one.
+template <class Value>
+void CdmTable::WriteRun(ULONG column, ULONG first, std::span<Value> values,
+                        void (CColumn::*write)(Row, std::span<Value>)) {
+    assert(first + values.size() <= m_Store->RecordCount() && column < m_Store->FieldCount());
+    if (m_Store->IsInRowOrder() && !m_Store->HasIndexes())
+        return (m_Store->Fill(column).*write)(first, values);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const Row place = m_Store->RecordRow(first + static_cast<ULONG>(i));
+        (m_Store->Edit(column, place).*write)(place, values.subspan(i, 1));
+    }
+}
+
+void CdmTable::SetIntegers(ULONG column, ULONG first, std::span<const LONG> values) {
+    WriteRun(column, first, values, &CColumn::SetIntegers);
+}
+
+void CdmTable::SetReals(ULONG column, ULONG first, std::span<const double> values) {
+    WriteRun(column, first, values, &CColumn::SetReals);
+}
+
+void CdmTable::SetTexts(ULONG column, ULONG first, std::span<tagSharedText* const> texts) {
+    WriteRun(column, first, texts, &CColumn::SetTexts);
+}
+
 std::size_t CdmTable::MemoryUse() const {
     return sizeof(*this) + m_Store->MemoryUse() + m_Fields.capacity() * sizeof(m_Fields[0]) +
            m_Fields.size() * sizeof(CdmField) + m_FieldObjects.capacity() * sizeof(CdmField*);

@@ -7,14 +7,15 @@
 // Ownership: texts handed in are copied; a text handed out stays good until the table changes.
 // Threads: as the table, one at a time.
 // Errors: an index outside the table, or a Put without AppendRow, is a caller's bug and is asserted. A value that
-// does not fit the column becomes 0 (Field.h has the rules). Raises std::bad_alloc, and std::length_error for a
-// column whose texts pass 4 GB.
+// does not fit the column becomes 0 (Field.h has the rules); so does one that GetIntegers cannot give as a LONG.
+// Raises std::bad_alloc, and std::length_error for a column whose texts pass 4 GB.
 #pragma once
 
 #include "dmserver/dmudfcom/interface/Carriers.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -30,6 +31,14 @@ enum class EColumnType : ULONG {
     Double = 9,
     Date = 10, // a day number counted from 30 December 1899
     Time = 11, // seconds since midnight
+};
+
+// A text that many cells are to show. The text column that it is written into notes here where it keeps the text,
+// so that it is looked for and stored once; any other column, or the same one once it was emptied, starts anew.
+struct tagSharedText {
+    std::string Text;
+    std::uint64_t Pool = 0;
+    std::uint32_t Handle = 0;
 };
 
 struct ITableRows : IUnknown {
@@ -68,6 +77,12 @@ struct ITableRows : IUnknown {
     virtual void SetText(ULONG row, ULONG column, std::string_view text) = 0;
     virtual void SetInteger(ULONG row, ULONG column, std::int64_t value) = 0;
     virtual void SetReal(ULONG row, ULONG column, double value) = 0;
+    // One column of the records from `first` on, as many as there are values. What holds for one cell holds for
+    // each of them, and a whole run costs little more than copying it.
+    virtual void GetIntegers(ULONG column, ULONG first, std::span<LONG> values) const = 0;
+    virtual void SetIntegers(ULONG column, ULONG first, std::span<const LONG> values) = 0;
+    virtual void SetReals(ULONG column, ULONG first, std::span<const double> values) = 0;
+    virtual void SetTexts(ULONG column, ULONG first, std::span<tagSharedText* const> texts) = 0;
     // Bytes on the heap for the records, the fields and the indexes.
     virtual std::size_t MemoryUse() const = 0;
 

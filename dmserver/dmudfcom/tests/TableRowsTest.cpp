@@ -2,6 +2,9 @@
 #include "HeapCount.h"
 #include "TableFixture.h"
 
+#include <array>
+#include <numeric>
+
 namespace dmudfcom_tests {
 
 namespace {
@@ -123,6 +126,177 @@ TEST_F(TableTest, RowsCountInRecordOrderAfterAnInsertion) {
     m_Rows->AppendRow();
     m_Rows->PutInteger(0, 4);
     EXPECT_EQ(m_Rows->Integer(3, 0), 4);
+}
+
+std::vector<LONG> Ascending(ULONG count) {
+    std::vector<LONG> values(count);
+    std::iota(values.begin(), values.end(), LONG{100});
+    return values;
+}
+
+TEST_F(TableTest, RunsOfNumbersAreWrittenAndReadAcrossChunks) {
+    AddField(L"N", EColumnType::Long);
+    AddField(L"R", EColumnType::Double);
+    for (ULONG row = 0; row < 5000; ++row)
+        m_Rows->AppendRow();
+    const std::vector<LONG> values = Ascending(4000);
+    const std::vector<double> reals(values.begin(), values.end());
+    m_Rows->SetIntegers(0, 700, values);
+    m_Rows->SetReals(1, 700, reals);
+    std::vector<LONG> read(4500, -1);
+    for (const ULONG column : {0U, 1U}) {
+        m_Rows->GetIntegers(column, 500, read);
+        for (ULONG i = 0; i < read.size(); ++i)
+            ASSERT_EQ(read[i], i < 200 || i >= 4200 ? 0 : values[i - 200]) << column << " " << i;
+        EXPECT_TRUE(m_Rows->IsNull(699, column));
+        EXPECT_FALSE(m_Rows->IsNull(700, column));
+        EXPECT_FALSE(m_Rows->IsNull(4699, column));
+        EXPECT_TRUE(m_Rows->IsNull(4700, column));
+    }
+    EXPECT_EQ(m_Rows->Real(4699, 1), values.back());
+}
+
+TEST_F(TableTest, ARunReplacesNullsAndValues) {
+    AddField(L"N", EColumnType::Long);
+    for (ULONG row = 0; row < 3000; ++row) {
+        m_Rows->AppendRow();
+        m_Rows->PutInteger(0, 1);
+        if (row % 3 == 0)
+            m_Rows->SetNull(row, 0);
+    }
+    m_Rows->SetIntegers(0, 1000, Ascending(1500));
+    EXPECT_TRUE(m_Rows->IsNull(999, 0));
+    for (ULONG row = 1000; row < 2500; ++row) {
+        ASSERT_FALSE(m_Rows->IsNull(row, 0)) << row;
+        ASSERT_EQ(m_Rows->Integer(row, 0), row - 900) << row;
+    }
+    EXPECT_EQ(m_Rows->Integer(2500, 0), 1);
+    EXPECT_TRUE(m_Rows->IsNull(2502, 0));
+}
+
+TEST_F(TableTest, AnEmptyRunChangesNothing) {
+    AddField(L"N", EColumnType::Long);
+    m_Rows->AppendRow();
+    m_Rows->SetIntegers(0, 0, {});
+    m_Rows->SetTexts(0, 1, {});
+    m_Rows->GetIntegers(0, 1, {});
+    EXPECT_TRUE(m_Rows->IsNull(0, 0));
+}
+
+TEST_F(TableTest, RunsAreConvertedToTheColumnsType) {
+    const std::array types{EColumnType::Short, EColumnType::Int64, EColumnType::Float,
+                           EColumnType::Text,  EColumnType::Date,  EColumnType::Time};
+    for (const EColumnType type : types)
+        AddField((L"F" + std::to_wstring(static_cast<ULONG>(type))).c_str(), type);
+    for (ULONG row = 0; row < 3; ++row)
+        m_Rows->AppendRow();
+    const std::array<LONG, 3> values{-7, 0, 70000};
+    const std::array reals{1.9, -2.0, 70000.0};
+    for (ULONG column = 0; column < types.size(); ++column) {
+        m_Rows->SetIntegers(column, 0, values);
+        std::array<LONG, 3> read{};
+        m_Rows->GetIntegers(column, 0, read);
+        const LONG last = types[column] == EColumnType::Short ? 0 : 70000; // which does not fit
+        EXPECT_EQ(read, (std::array<LONG, 3>{-7, 0, last})) << column;
+        m_Rows->SetReals(column, 0, reals);
+        EXPECT_EQ(m_Rows->Integer(0, column), 1) << column;
+        EXPECT_EQ(m_Rows->Integer(1, column), -2) << column;
+        EXPECT_EQ(m_Rows->Integer(2, column), last) << column;
+    }
+}
+
+TEST_F(TableTest, AValueThatIsNoLongIsReadInARunAsZero) {
+    AddField(L"I", EColumnType::Int64);
+    AddField(L"T", EColumnType::Text);
+    m_Rows->AppendRow();
+    m_Rows->PutInteger(0, std::int64_t{1} << 40);
+    m_Rows->PutText(1, "no number");
+    for (const ULONG column : {0U, 1U}) {
+        std::array<LONG, 1> read{-1};
+        m_Rows->GetIntegers(column, 0, read);
+        EXPECT_EQ(read[0], 0) << column;
+    }
+}
+
+TEST_F(TableTest, RunsGoByRecordOrder) {
+    AddField(L"N", EColumnType::Long);
+    AddField(L"T", EColumnType::Text);
+    const auto field = FieldOf(*m_Table, L"N");
+    for (LONG i = 0; i < 5; ++i)
+        AppendLong(*field, i);
+    m_Table->First();
+    m_Table->Delete();
+    m_Table->Append();
+    field->put_AsLong(9);
+    m_Table->PostTo(1); // 1 9 2 3 4
+    std::array<LONG, 5> read{};
+    m_Rows->GetIntegers(0, 0, read);
+    EXPECT_EQ(read, (std::array<LONG, 5>{1, 9, 2, 3, 4}));
+    m_Rows->SetIntegers(0, 1, std::array<LONG, 3>{10, 20, 30});
+    EXPECT_EQ(Walk(*field), (std::vector<LONG>{1, 10, 20, 30, 4}));
+    tagSharedText text{"x"};
+    m_Rows->SetTexts(1, 1, std::array{&text, &text});
+    std::string scratch;
+    EXPECT_TRUE(m_Rows->IsNull(0, 1));
+    EXPECT_EQ(m_Rows->Text(1, 1, scratch), "x");
+    EXPECT_EQ(m_Rows->Text(2, 1, scratch), "x");
+    EXPECT_TRUE(m_Rows->IsNull(3, 1));
+}
+
+TEST_F(TableTest, AnIndexFollowsARun) {
+    AddField(L"N", EColumnType::Long);
+    const auto field = FieldOf(*m_Table, L"N");
+    for (LONG i = 0; i < 4; ++i)
+        AppendLong(*field, i);
+    ASSERT_EQ(m_Table->CreateIndex(CBstr(L"N").Get(), 1), S_OK);
+    ASSERT_EQ(m_Table->SetIndex(1), S_OK);
+    m_Rows->SetIntegers(0, 0, std::array<LONG, 3>{30, 20, 10});
+    EXPECT_EQ(Walk(*field), (std::vector<LONG>{3, 10, 20, 30}));
+}
+
+TEST_F(TableTest, ASharedTextIsStoredOnceInEachColumn) {
+    AddField(L"A", EColumnType::Text);
+    AddField(L"B", EColumnType::Text);
+    AddField(L"N", EColumnType::Long);
+    for (ULONG row = 0; row < ManyRows; ++row)
+        m_Rows->AppendRow();
+    std::vector<tagSharedText> texts(300);
+    std::vector<tagSharedText*> cells(ManyRows);
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        texts[i].Text = std::string(100, 'x') + std::to_string(i);
+    texts[7].Text.clear();
+    texts[8].Text = "42";
+    for (ULONG row = 0; row < ManyRows; ++row)
+        cells[row] = &texts[row * 31 % texts.size()];
+    for (const ULONG column : {0U, 1U, 2U, 0U})
+        m_Rows->SetTexts(column, 0, cells);
+    std::string scratch;
+    for (ULONG row = 0; row < ManyRows; ++row) {
+        ASSERT_EQ(m_Rows->Text(row, 0, scratch), cells[row]->Text) << row;
+        ASSERT_EQ(m_Rows->Text(row, 1, scratch), cells[row]->Text) << row;
+        ASSERT_EQ(m_Rows->Integer(row, 2), cells[row] == &texts[8] ? 42 : 0) << row;
+        ASSERT_FALSE(m_Rows->IsNull(row, 0)) << row;
+    }
+    EXPECT_LT(m_Rows->MemoryUse(), 3U * 4 * ManyRows * 11 / 10 + 200000);
+}
+
+TEST_F(TableTest, ASharedTextOutlivesWhatTheColumnForgets) {
+    AddField(L"T", EColumnType::Text);
+    for (ULONG row = 0; row < 10; ++row)
+        m_Rows->AppendRow();
+    tagSharedText text{"the shared text"};
+    tagSharedText* const cells[] = {&text};
+    std::string scratch;
+    for (ULONG i = 0; i < ManyRows; ++i) { // the texts are packed many times on the way
+        m_Rows->SetText(i % 10, 0, DistinctText(i));
+        m_Rows->SetTexts(0, i * 7 % 10, cells);
+        ASSERT_EQ(m_Rows->Text(i * 7 % 10, 0, scratch), "the shared text");
+    }
+    EXPECT_LT(m_Rows->MemoryUse(), 400000U);
+    m_Table->Clear();
+    m_Rows->AppendRow();
+    m_Rows->SetTexts(0, 0, cells);
+    EXPECT_EQ(m_Rows->Text(0, 0, scratch), "the shared text");
 }
 
 TEST_F(TableTest, TextsOfEveryLengthAcrossBlocksComeBack) {
