@@ -6,9 +6,11 @@
 //     Lookup     as Run; the value found goes out:    S_OK
 //     Delete     as Change; what was done goes out:   S_OK, or S_FALSE when there is no such row
 //     Notify     the operation's own status:          S_FALSE without a storage
+//     Result     as Run; the operation's own status
+//     Find       as Lookup, and whatever fails gives 0
 //
 // A failed argument test gives E_INVALIDARG, a missing storage E_POINTER, in that order, and an exception that
-// comes this far ends in the error guard as E_FAIL.
+// comes this far ends in the error guard as E_FAIL. Find alone reports no exception.
 #pragma once
 
 #include "diagnostics/interface/BugSlayer.h"
@@ -71,6 +73,33 @@ public:
         return m_Scope.Guard(
             [&]() -> HRESULT { return m_Object.m_Holder ? operation(*m_Object.m_Holder->GetObject()) : S_FALSE; },
             E_FAIL);
+    }
+
+    // `operation` takes the storage and returns the status.
+    template <class Operation>
+    HRESULT Result(bool argumentsAreGood, Operation&& operation) const {
+        return Guarded(argumentsAreGood, operation);
+    }
+
+    // `operation` takes the storage and returns what was asked for.
+    template <class Operation>
+    HRESULT Find(bool argumentsAreGood, LONG* value, Operation&& operation) const {
+        if (!value)
+            return E_INVALIDARG;
+        *value = 0;
+        if (!argumentsAreGood)
+            return E_INVALIDARG;
+        try {
+            if (!m_Object.m_Holder)
+                return E_POINTER;
+            *value = operation(*m_Object.m_Holder->GetObject());
+            return S_OK;
+        } catch (BugSlayerUtil::IDebugObject* error) {
+            // A raised record comes with its reference.
+            platform::CComPtr<BugSlayerUtil::IDebugObject>::Adopt(error);
+        } catch (...) {
+        }
+        return E_FAIL;
     }
 
 private:

@@ -42,6 +42,14 @@ CComPtr<IdmTable> NewTable() { return NewCarrier<IdmTable>(IDM_dmudfcom::CLSID_d
 
 CComPtr<IdmRequest> NewRequest() { return NewCarrier<IdmRequest>(IDM_dmudfcom::CLSID_dmRequest); }
 
+LONG FirstFieldAsLong(IdmTable& table) {
+    CComPtr<IdmField> field;
+    LONG value = 0;
+    if (SUCCEEDED(table.get_Field(0, field.Put())) && field)
+        field->get_AsLong(&value);
+    return value;
+}
+
 CDatabaseRequest::CDatabaseRequest(IDispatch* database) {
     const BugSlayerUtil::CScope scope(this);
     if (!scope.Assert(database != nullptr, L"Database"))

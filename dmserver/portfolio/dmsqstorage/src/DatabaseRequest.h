@@ -34,6 +34,9 @@ void ForEachRecord(IdmTable& table, Visit&& visit) {
         visit();
 }
 
+// Of the current record; 0 without one.
+LONG FirstFieldAsLong(IdmTable& table);
+
 class CDatabaseRequest {
 public:
     // A null database is reported as "Database" and leaves an empty request, whose operations do nothing. Any other

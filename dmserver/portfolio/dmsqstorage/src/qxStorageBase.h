@@ -203,6 +203,7 @@ private:
     bool ExistsExchange(LONG Exchange);
     bool ExistsSession(LONG Session);
     bool ExistsSessionDetails(LONG Session);
+    bool ExistsDictionary(LONG Symbol);
 
     // For methods without a guard of their own: what fails here or below reaches the caller as an exception.
     sqStorage::CStorage& StorageOrRaise() const;

@@ -1,5 +1,6 @@
 #include "qxStorageBase.h"
 
+#include "SelectStatements.h"
 #include "dmserver/dmudfcom/interface/FieldIds.h"
 #include "dmserver/portfolio/dmsqStorageInterface/interface/qxStorageGetFieldHelper.h"
 #include "platform/com/com_error.h"
@@ -56,6 +57,17 @@ bool CqxStorageBase::ExistsSession(LONG Session) {
 
 bool CqxStorageBase::ExistsSessionDetails(LONG Session) {
     return ExistsCheck<&IqxStorage::SelectSessionDetails, &IdmRequest::put_SessionId>(*this, Session);
+}
+
+bool CqxStorageBase::ExistsDictionary(LONG Symbol) {
+    // -1 is no key either.
+    if (sqStorage::IsNoSymbol(Symbol))
+        return false;
+    const auto request = sqStorage::NewRequest();
+    const auto table = sqStorage::NewTable();
+    platform::ThrowIfFailed(request->put_Symbol(1, Symbol));
+    platform::ThrowIfFailed(SelectDictionary(1, request.Get(), table.Get()));
+    return HasRows(*table);
 }
 
 // The key stands at Mode 1, and at Mode 0, from which the select reads it.

@@ -6,29 +6,6 @@ using IDM_dmudfcom::IdmTable;
 
 // IqxStorage
 HRESULT CqxStorageBase::SelectPortfolio(LONG, IdmRequest*, IdmTable*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::InsertPortfolio(BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG,
-                                        LONG, LONG, double, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG*) {
-    return E_NOTIMPL;
-}
-HRESULT CqxStorageBase::DeletePortfolio(LONG) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::UpdatePortfolio(LONG, BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG,
-                                        LONG, LONG, LONG, double, LONG, LONG, LONG, LONG, LONG, LONG, LONG) {
-    return E_NOTIMPL;
-}
-HRESULT CqxStorageBase::SelectDictionary(LONG, IdmRequest*, IdmTable*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::InsertDictionary(BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG,
-                                         LONG, LONG, double, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG*) {
-    return E_NOTIMPL;
-}
-HRESULT CqxStorageBase::DeleteDictionary(LONG) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::UpdateDictionary(LONG, BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG,
-                                         LONG, LONG, LONG, double, LONG, LONG, LONG, LONG, LONG, LONG, LONG) {
-    return E_NOTIMPL;
-}
-HRESULT CqxStorageBase::GetSymbol(LONG, BSTR, LONG, LONG, LONG, BSTR, LONG, LONG*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::GetAvailableSessions(LONG, IdmTable*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::GetSymbolByName(LONG, BSTR, LONG*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::GetSymbolByDescription(LONG, BSTR, BSTR*, LONG*) { return E_NOTIMPL; }
 HRESULT CqxStorageBase::SelectCustomFutures(LONG, IdmRequest*, IdmTable*) { return E_NOTIMPL; }
 HRESULT CqxStorageBase::InsertCustomFutures(BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG,
                                             LONG*) {
@@ -50,12 +27,6 @@ HRESULT CqxStorageBase::Fetch(LONG, LONG*) { return E_NOTIMPL; }
 HRESULT CqxStorageBase::get_Datafeed(LONG*) { return E_NOTIMPL; }
 HRESULT CqxStorageBase::Load(IdmTable*, IdmTable*) { return E_NOTIMPL; }
 HRESULT CqxStorageBase::Save(IdmTable*, IdmTable*) { return E_NOTIMPL; }
-
-// IqxAddingSymbol
-HRESULT CqxStorageBase::AddSymbol(BSTR, BSTR, BSTR, BSTR, LONG, LONG, BSTR, LONG, LONG, double, LONG, LONG, LONG,
-                                  LONG, LONG, LONG, LONG, LONG*) {
-    return E_NOTIMPL;
-}
 
 // IqxStorageSmartNotify
 HRESULT CqxStorageBase::DeletePortfolioSmart(LONG, LONG) { return E_NOTIMPL; }

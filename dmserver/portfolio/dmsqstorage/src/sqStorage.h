@@ -3,16 +3,20 @@
 // It owns the database connection, the key generator, the registry of change sinks and what is read once at
 // start-up. All logic of a table is written as member functions, one source file for each table or subsystem:
 //
-//     sqStorage.cpp            life: construction, start-up, the one way to a statement, the end
-//     sqStorage_Keys.cpp       delete guards and the small checks around keys
-//     sqStorage_Holidays.cpp   holiday calendars
-//     sqStorage_Settings.cpp   price settings
-//     sqStorage_DataFeeds.cpp  data feeds
-//     sqStorage_Exchanges.cpp  exchanges with their zones
-//     sqStorage_Sessions.cpp   trading sessions
-//     sqStorage_Currency.cpp   currency codes
-//     sqStorage_Lookup.cpp     keys by name
-//     sqStorage_Notify.cpp     announcing changes
+//     sqStorage.cpp               life: construction, start-up, the one way to a statement, the end
+//     sqStorage_Keys.cpp          delete guards and the small checks around keys
+//     sqStorage_Holidays.cpp      holiday calendars
+//     sqStorage_Settings.cpp      price settings
+//     sqStorage_DataFeeds.cpp     data feeds
+//     sqStorage_Exchanges.cpp     exchanges with their zones
+//     sqStorage_Sessions.cpp      trading sessions
+//     sqStorage_Currency.cpp      currency codes
+//     sqStorage_Symbols.cpp       symbols, as they are written
+//     sqStorage_SymbolLookup.cpp  small questions about symbols
+//     sqStorage_Asc.cpp           text files of symbols
+//     sqStorage_RootSettings.cpp  what the dictionary of roots says
+//     sqStorage_Lookup.cpp        keys by name
+//     sqStorage_Notify.cpp        announcing changes
 //
 // Life: made by the process singleton with the first CStorageHolder and destroyed with the last.
 // Threads: operations run on the caller's thread with no lock around statements; the database accepts that. What a
@@ -32,6 +36,7 @@
 #include <atomic>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 
 namespace BugSlayerUtil {
@@ -41,9 +46,13 @@ class CScope;
 namespace sqStorage {
 
 class CDataBaseParams;
+struct tagSymbol;
 
 // One bit for each kind of change that sinks can be told of.
 enum tagNOTIFYMASK : ULONG {
+    notifyInsertSymbol = 0x1,
+    notifyUpdateSymbol = 0x2,
+    notifyDeleteSymbol = 0x4,
     notifyHoliday = 0x8,
     notifyHolidayDetails = 0x10,
     notifySetting = 0x20,
@@ -51,6 +60,7 @@ enum tagNOTIFYMASK : ULONG {
     notifyExchange = 0x80,
     notifySession = 0x100,
     notifySessionDetails = 0x200,
+    notifyAscDelete = 0x400,
     notifyRootSettings = 0x4000,
     notifyCurrency = 0x80000,
 };
@@ -138,6 +148,40 @@ public:
     LONG GetCurrency(LONG Id);
     void DeleteCurrency(LONG Id);
 
+    // Symbols. TableName is "PORTFOLIO" or its twin "DICTIONARY".
+    // 0 when it wrote a row, 1 when it wrote none: PORTFOLIO, and always that, has one of the same name, category,
+    // feed and exchange, or a text is missing. `Symbol` receives the key of the row that is there, or 0.
+    LONG InsertSymbol(const wchar_t* TableName, tagSymbol Row, LONG* Symbol);
+    void UpdateSymbol(const wchar_t* TableName, LONG Symbol, tagSymbol Row);
+    // The row and nothing else.
+    void DeleteSymbol(const wchar_t* TableName, LONG Symbol);
+    void UpdatePortfolio(LONG Symbol, const tagSymbol& Row);
+    // With its own setting and session and its text files. False when something raised.
+    bool DeletePortfolio(LONG Symbol);
+    // The same, without an error guard.
+    void DeleteDictionary(LONG Symbol);
+    // Raises a date to the smallest that a row holds, 1 January 1900.
+    void checkDate(LONG& date) const;
+    // "dd.mm.yyyy". Raises std::range_error for a day number that is no date.
+    std::wstring getDateString(LONG date) const;
+    // A request at Symbol(1) names one row; without a key there, what it says at Mode is the filter.
+    void SelectDictionary(LONG Mode, IdmRequest* Request, IdmTable* Table);
+
+    // Keys of symbols by exact texts, 0 when there is none. The first takes no part of its last three arguments and
+    // its name goes into the statement as it is; the last gives out the name too, if it is wanted.
+    LONG SelectSymbol(LONG Datafeed, const wchar_t* SymbolName, LONG Category, LONG Exchange, LONG ExpirationDate,
+                      const wchar_t* StrikePrice, LONG CallPut);
+    LONG GetSymbolByName(LONG Datafeed, const wchar_t* SymbolName);
+    LONG GetSymbolByDescription(LONG Datafeed, const wchar_t* Description, BSTR* SymbolName);
+    // The sessions in which a symbol may trade.
+    void GetAvailableSessions(LONG Symbol, IdmTable* Table);
+    // Inserts with setting and session of the exchange of that name, which replace those of the row. The key of the
+    // new or existing symbol; 0 when there is no such exchange.
+    LONG AddSymbol(tagSymbol Row, const wchar_t* ExchangeName);
+
+    // The text files that a symbol is read from, under this object's lock. Announced only when there were some.
+    void ascDeleteSymbol(LONG Symbol, int isNotify);
+
     // Reads of subsystems that this version does not have: the first raises, the others answer with, E_NOTIMPL.
     void SelectPortfolio(LONG Mode, IdmRequest* Request, IdmTable* Table) override;
     LONG SelectRootSettings(IdmRequest* Request, IdmTable* Table) override;
@@ -184,8 +228,23 @@ private:
                           const wchar_t* DataFeedShortName, const wchar_t* DataFeedDllName, const wchar_t* Clsid,
                           int IsAsc);
     bool HasCurrency(LONG Id, IdmTable& Table);
+    // As ExecuteAndNotify; silent while the announcement of symbols is off.
+    void ExecuteAndNotifySymbol(const BugSlayerUtil::CScope& scope, const wchar_t* sql, ULONG Mask, LONG ValueID);
+    // The key of the symbol in PORTFOLIO that has this name, already escaped, and the row's category, feed and
+    // exchange; 0 when there is none. The select escapes once more, so a name with a quote is not found.
+    LONG FindSymbol(const wchar_t* name, const tagSymbol& Row);
+    // The setting and the session that belong to the symbol alone.
+    void DeleteOwnedBySymbol(const wchar_t* TableName, LONG Symbol);
+    // Empty when there is no such feed. Names are read once.
+    std::wstring GetDataFeedName(LONG DataFeed);
+    // By the root of the name, or else by this root. Empty when the dictionary has neither.
+    std::wstring GetDescriptionByRoot(const wchar_t* SymbolName, const wchar_t* SymbolRoot,
+                                      const wchar_t* DataFeedName) const;
     // The first field of the first row, or 0. More rows than one are traced as a warning.
     LONG FindKey(const BugSlayerUtil::CScope& scope, const wchar_t* sql, const wchar_t* text, const wchar_t* tag);
+    // The same as the table that stands on that row; null without one.
+    CComPtr<IdmTable> FindRow(const BugSlayerUtil::CScope& scope, const wchar_t* sql, const wchar_t* text,
+                              const wchar_t* tag);
     // Leaves the table behind its last record.
     void dumpWarning(IdmTable* Table, const wchar_t* Text, const std::wstring& Tag) const;
     // Empty when there is no such exchange.
@@ -196,10 +255,12 @@ private:
     CComPtr<IdmDatabase> m_Database;
     std::wstring m_DictionaryPath;
     std::unique_ptr<CIdGenerator> m_IdGenerator;
-    int m_NotifyEnabled = 1;
+    std::atomic<int> m_NotifyEnabled{1}; // gates the three masks of symbols
     std::atomic<LONG> m_DatabaseOpened{0};
     CComPtr<IdmTable> m_SymbolTable;
     std::map<std::wstring, std::wstring> m_ExchangeTimeZones;
+    std::mutex m_DataFeedNamesLock;
+    std::map<LONG, std::wstring> m_DataFeedNames; // guarded by m_DataFeedNamesLock
     CNotifySinks m_NotifySinks;
     const std::map<wchar_t, LONG> m_MonthCodes;
     std::atomic<int> m_Initialized{0};

@@ -5,18 +5,6 @@
 
 namespace sqStorage {
 
-namespace {
-
-LONG FirstFieldAsLong(IdmTable& table) {
-    CComPtr<IdmField> field;
-    LONG value = 0;
-    if (SUCCEEDED(table.get_Field(0, field.Put())) && field)
-        field->get_AsLong(&value);
-    return value;
-}
-
-} // namespace
-
 void CStorage::dumpWarning(IdmTable* Table, const wchar_t* Text, const std::wstring& Tag) const {
     const BugSlayerUtil::CScope scope(this);
     scope.Trace(L"%s", L"[WARNING]  " + Tag + L", GetByName = " + Text);
@@ -25,9 +13,15 @@ void CStorage::dumpWarning(IdmTable* Table, const wchar_t* Text, const std::wstr
 
 LONG CStorage::FindKey(const BugSlayerUtil::CScope& scope, const wchar_t* sql, const wchar_t* text,
                        const wchar_t* tag) {
+    const auto row = FindRow(scope, sql, text, tag);
+    return row ? FirstFieldAsLong(*row) : 0;
+}
+
+CComPtr<IdmTable> CStorage::FindRow(const BugSlayerUtil::CScope& scope, const wchar_t* sql, const wchar_t* text,
+                                    const wchar_t* tag) {
     CComPtr<IdmTable> table;
     if (!scope.Check(platform::CreateInstance(IDM_dmudfcom::CLSID_dmTable, table), L"IdmTable"))
-        return 0;
+        return {};
     Execute(sql, nullptr, table.Get());
     LONG count = 0;
     table->First();
@@ -36,9 +30,9 @@ LONG CStorage::FindKey(const BugSlayerUtil::CScope& scope, const wchar_t* sql, c
     if (count > 1)
         dumpWarning(table.Get(), text, tag);
     if (count < 1)
-        return 0;
+        return {};
     table->First();
-    return FirstFieldAsLong(*table);
+    return table;
 }
 
 } // namespace sqStorage
