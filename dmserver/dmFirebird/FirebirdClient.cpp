@@ -2,6 +2,7 @@
 
 #include "LockDirectory.h"
 
+#include "platform/last_error.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -61,7 +62,11 @@ tagEngineReport MakeReport(const Firebird::IStatus* status) {
 
 } // namespace
 
-CStatus::CStatus() : BaseStatusWrapper(Master()->getStatus()) {}
+CStatus::CStatus() : BaseStatusWrapper(Master()->getStatus()) {
+    // The engine repeats some calls as long as the thread's last error says that they were interrupted, without a
+    // look at whether they failed; an interruption of old would keep it at that for ever.
+    platform::SetLastError(0);
+}
 
 void CStatus::Throw() {
     tagEngineReport report = MakeReport(status);

@@ -11,7 +11,7 @@
 namespace IDM_dmFirebird {
 
 // A call's status. A failing call throws CDatabaseError with the sentence of a failing statement. One status serves
-// one thread at a time.
+// one thread at a time. Making one clears the thread's last error for the call.
 class CStatus : public Firebird::BaseStatusWrapper<CStatus> {
 public:
     CStatus();

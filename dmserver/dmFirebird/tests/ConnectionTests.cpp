@@ -180,6 +180,16 @@ TEST_F(Connection, CloseTwiceIsNoError) {
     EXPECT_EQ(S_OK, NewDatabase()->Close());
 }
 
+// The engine waited for ever in both calls.
+TEST_F(Connection, IsOpenedAndClosedOnAThreadThatWasInterruptedBefore) {
+    Database().Close();
+    const auto database = NewDatabase();
+    errno = EINTR;
+    EXPECT_EQ(S_OK, Open(*database, Path()));
+    errno = EINTR;
+    EXPECT_EQ(S_OK, database->Close());
+}
+
 TEST_F(Connection, DropRemovesTheFileAndEndsWhatIsOpen) {
     const auto query = NewQuery(Database());
     ASSERT_EQ(S_OK, Open(*query, L"SELECT 1 AS A FROM RDB$DATABASE"));
