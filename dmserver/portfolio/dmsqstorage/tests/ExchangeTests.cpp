@@ -161,6 +161,17 @@ TEST_F(Exchanges, AChangeOutsideTheDayIsReportedAndNothingIsWritten) {
     EXPECT_EQ(0, Count(L"EXCHANGES"));
 }
 
+TEST_F(Exchanges, AnUpdateToAChangeOutsideTheDayIsReportedAndNothingIsChanged) {
+    const LONG key = Insert({});
+    TakeAll();
+    EXPECT_EQ(S_OK, Update(key, {.Name = L"XNYS", .Zone = L"0,0,11,0,1,02:00:00.0000,-60,3,0,2,99:00:00.0000"}));
+    EXPECT_THAT(Recorder::Errors(),
+                ElementsAre(testing::HasSubstr(L"dmDateTime::TimeToTTime: value of 'aTime' is out of range")));
+    EXPECT_THAT(Statements(), IsEmpty());
+    EXPECT_THAT(m_Changes.Take(), IsEmpty());
+    EXPECT_EQ(key, Get(L"NYSE"));
+}
+
 TEST_F(Exchanges, InsertEscapesTheNameAndTheDescription) {
     const LONG key = Insert({.Name = L"O'X", .Description = L"It's", .Zone = Tokyo});
     EXPECT_THAT(Statements(),
@@ -356,6 +367,26 @@ TEST_F(Exchanges, DeleteKeepsASessionThatASymbolUsesAsATemplate) {
     EXPECT_EQ(0, Count(L"SETTINGS"));
     EXPECT_EQ(1, Count(L"SESSIONS"));
     EXPECT_EQ(1, Count(L"SESSION_DETAILS"));
+}
+
+TEST_F(Exchanges, DeleteTakesASettingAlthoughASymbolUsesIt) {
+    WriteOwned();
+    const LONG key = Insert({});
+    Sql(L"INSERT INTO PORTFOLIO (SYMBOL,SETTING_TYPE,SETTING) VALUES(1,0,20)");
+    EXPECT_EQ(1, Delete(key));
+    EXPECT_EQ(0, Count(L"SETTINGS"));
+}
+
+// No interface stores such a row, but nothing in the database keeps it out.
+TEST_F(Exchanges, DeleteOfARowWithoutSettingAndSessionReportsTheSetting) {
+    Sql(L"INSERT INTO EXCHANGES (EXCHANGE, EXCHANGE_NAME) VALUES (5,'NYSE')");
+    EXPECT_EQ(1, Delete(5));
+    EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"Setting"));
+    EXPECT_THAT(Statements(), ElementsAre(L"sql = 'SELECT * FROM DELETE_EXCHANGE(5)'",
+                                          L"sql = 'DELETE FROM SESSION_DETAILS WHERE SESSION=0'",
+                                          L"sql = 'DELETE FROM SESSIONS WHERE SESSION=0'"));
+    EXPECT_THAT(m_Changes.Take(), ElementsAre(Change(0x200, 0), Change(0x100, 0), Change(0x80, 0)));
+    EXPECT_EQ(0, Count(L"EXCHANGES"));
 }
 
 TEST_F(Exchanges, ARefusedDeleteKeepsSettingAndSessionAndIsStillAnnounced) {

@@ -2,9 +2,11 @@
 #include "DatabaseRequest.h"
 #include "HostFixture.h"
 #include "PrivateMember.h"
+#include "RefusedClass.h"
 #include "StatementText.h"
 #include "diagnostics/interface/CrashCatchers.h"
 #include "diagnostics/tests/recorder/Recorder.h"
+#include "platform/com/com_error.h"
 #include "qxStorageBase.h"
 
 #include <functional>
@@ -49,7 +51,8 @@ class Guards : public HostTest {
 protected:
     Guards() {
         EXPECT_EQ(S_OK, m_Object->FinalConstruct());
-        for (const wchar_t* table : {L"HOLIDAYS", L"HOLIDAY_DETAILS", L"SETTINGS"})
+        for (const wchar_t* table :
+             {L"HOLIDAYS", L"HOLIDAY_DETAILS", L"SETTINGS", L"DATA_FEEDS", L"EXCHANGES", L"CURRENCY"})
             Sql(std::wstring(L"DELETE FROM ") + table);
         Recorder::Clear();
     }
@@ -96,6 +99,29 @@ TEST_F(Guards, AnExceptionThatReachesAMethodGivesFailureUnderTheMethodsOwnName) 
         {L"InsertSetting", [&] { return object.InsertSetting(1, 1, 1, 1, &number); }},
         {L"DeleteSetting", [&] { return object.DeleteSetting(1); }},
         {L"UpdateSetting", [&] { return object.UpdateSetting(1, 1, 1, 1, 1); }},
+        {L"SelectDataFeed", [&] { return object.SelectDataFeed(request.Get(), table.Get()); }},
+        {L"InsertDataFeed",
+         [&] { return object.InsertDataFeed(text.Get(), text.Get(), text.Get(), text.Get(), 0, &number); }},
+        {L"DeleteDataFeed", [&] { return object.DeleteDataFeed(1, &number); }},
+        {L"UpdateDataFeed",
+         [&] { return object.UpdateDataFeed(1, text.Get(), text.Get(), text.Get(), text.Get(), 0, 1); }},
+        {L"GetDataFeed", [&] { return object.GetDataFeed(text.Get(), &number); }},
+        {L"SelectExchange", [&] { return object.SelectExchange(request.Get(), table.Get()); }},
+        {L"InsertExchange",
+         [&] {
+             return object.InsertExchange(text.Get(), text.Get(), 0, 1, 1, 0, text.Get(), text.Get(), &number);
+         }},
+        {L"DeleteExchange", [&] { return object.DeleteExchange(1, &number); }},
+        {L"UpdateExchange",
+         [&] { return object.UpdateExchange(1, text.Get(), text.Get(), 0, 1, 1, 0, text.Get(), text.Get()); }},
+        {L"GetExchange", [&] { return object.GetExchange(text.Get(), &number); }},
+        {L"SelectSession", [&] { return object.SelectSession(request.Get(), table.Get()); }},
+        {L"InsertSession", [&] { return object.InsertSession(0, text.Get(), 0, &number); }},
+        {L"DeleteSession", [&] { return object.DeleteSession(1, &number); }},
+        {L"UpdateSession", [&] { return object.UpdateSession(1, 0, text.Get(), 0); }},
+        {L"SelectSessionDetails", [&] { return object.SelectSessionDetails(request.Get(), table.Get()); }},
+        {L"InsertSessionDetails", [&] { return object.InsertSessionDetails(table.Get()); }},
+        {L"DeleteSessionDetails", [&] { return object.DeleteSessionDetails(1); }},
         {L"AdviseNotify", [&] { return object.AdviseNotify(1, table.Get()); }},
         {L"UnadviseNotify", [&] { return object.UnadviseNotify(1, table.Get()); }},
     };
@@ -141,6 +167,80 @@ TEST_F(Guards, AnExceptionInAnOperationIsReportedUnderItsName) {
                 ElementsAre(L"sqStorage::CStorage::DeleteHoliday", L"sqStorage::CStorage::UpdateHoliday",
                             L"sqStorage::CStorage::InsertHolidayDetails", L"sqStorage::CStorage::DeleteSetting",
                             L"sqStorage::CStorage::UpdateSetting"));
+}
+
+TEST_F(Guards, AnExceptionInAnOperationOnFeedsExchangesAndSessionsIsReportedUnderItsName) {
+    CloseDatabase();
+    const auto request = NewRequest();
+    const auto table = NewTable();
+    using Calls = std::vector<std::pair<std::wstring, std::function<void()>>>;
+    const Calls calls{
+        {L"SelectDataFeed", [&] { Storage().SelectDataFeed(request.Get(), table.Get()); }},
+        {L"DeleteDataFeed", [&] { EXPECT_EQ(0, Storage().DeleteDataFeed(1)); }},
+        {L"UpdateDataFeed", [&] { Storage().UpdateDataFeed(1, L"x", L"x", L"x", L"x", 0, 1); }},
+        {L"SelectDataFeed", [&] { EXPECT_EQ(0, Storage().SelectDataFeed(L"x")); }},
+        {L"SelectExchange", [&] { Storage().SelectExchange(request.Get(), table.Get()); }},
+        {L"DeleteExchange", [&] { EXPECT_EQ(0, Storage().DeleteExchange(1)); }},
+        {L"SelectExchange", [&] { EXPECT_EQ(0, Storage().SelectExchange(L"x")); }},
+        {L"SelectSession", [&] { Storage().SelectSession(request.Get(), table.Get()); }},
+        {L"UpdateSession", [&] { Storage().UpdateSession(1, 0, L"x", 0); }},
+        {L"SelectSessionDetails", [&] { Storage().SelectSessionDetails(request.Get(), table.Get()); }},
+        {L"InsertSessionDetails", [&] { Storage().InsertSessionDetails(NewTable().Get()); }},
+        {L"DeleteSessionDetails", [&] { Storage().DeleteSessionDetails(1); }},
+    };
+    for (const auto& [name, call] : calls) {
+        Recorder::Clear();
+        call();
+        EXPECT_THAT(Reporters(), ElementsAre(L"sqStorage::CStorage::" + name));
+    }
+}
+
+// They have no guard of their own, in neither layer.
+TEST_F(Guards, AnExceptionInACurrencyOperationReachesTheCaller) {
+    CloseDatabase();
+    LONG code = 7;
+    EXPECT_THROW(m_Object->SetCurrency(1, 840), platform::CComError);
+    EXPECT_THROW(m_Object->GetCurrency(1, &code), platform::CComError);
+    EXPECT_THROW(m_Object->DeleteCurrency(1), platform::CComError);
+    EXPECT_THROW(m_Object->SelectCurrency(nullptr, NewTable().Get()), platform::CComError);
+    EXPECT_EQ(7, code);
+    EXPECT_THAT(Recorder::Errors(), IsEmpty());
+}
+
+TEST_F(Guards, ALookupByNameWithoutATableIsReportedWithTheStatusAndFindsNothing) {
+    Sql(L"INSERT INTO DATA_FEEDS VALUES(5,'Twin','x.dll','{C}',1,1,0,0,'X')");
+    Sql(L"INSERT INTO EXCHANGES (EXCHANGE,EXCHANGE_NAME) VALUES(6,'Twin')");
+    for (const auto& lookup : {std::function([&] { return Storage().SelectDataFeed(L"Twin"); }),
+                               std::function([&] { return Storage().SelectExchange(L"Twin"); })}) {
+        Recorder::Clear();
+        {
+            const CRefusedClass refused(IDM_dmudfcom::CLSID_dmTable, E_OUTOFMEMORY);
+            EXPECT_EQ(0, lookup());
+        }
+        const auto records = Recorder::RecordsOf(L"ASSERT");
+        ASSERT_EQ(1U, records.size());
+        EXPECT_EQ(E_OUTOFMEMORY, records[0].Status);
+        EXPECT_NE(0, lookup());
+    }
+}
+
+TEST_F(Guards, ACurrencyLookupWithoutATableRaisesTheStatus) {
+    LONG code = 7;
+    const CRefusedClass refused(IDM_dmudfcom::CLSID_dmTable, E_OUTOFMEMORY);
+    try {
+        m_Object->GetCurrency(1, &code);
+        ADD_FAILURE() << "nothing was raised";
+    } catch (const platform::CComError& error) {
+        EXPECT_EQ(E_OUTOFMEMORY, error.Code());
+    }
+    EXPECT_EQ(7, code);
+}
+
+TEST_F(Guards, ACurrencyLookupWhoseTableIsOfAnotherKindGivesZero) {
+    LONG code = 7;
+    const CRefusedClass refused(IDM_dmudfcom::CLSID_dmTable, E_NOINTERFACE);
+    EXPECT_EQ(S_OK, m_Object->GetCurrency(1, &code));
+    EXPECT_EQ(0, code);
 }
 
 TEST_F(Guards, AStatementThatOverflowsIsReportedUnderTheOperationsName) {

@@ -307,6 +307,40 @@ TEST_F(Notify, AChangeReachesAllItsSinksAcrossInstances) {
     EXPECT_EQ(1U, sink->Calls.size());
 }
 
+TEST_F(Notify, ARenamedExchangeIsToldBehindTheDictionary) {
+    LONG key = 0;
+    const CBstr zone(L"300,0,11,0,1,02:00:00.0000,-60,3,0,2,02:00:00.0000");
+    const CBstr text(L"x");
+    m_Storage->InsertExchange(CBstr(L"NYSE").Get(), text.Get(), 0, 20, 30, 2, text.Get(), zone.Get(), &key);
+    Deliver();
+    const auto sink = Sink();
+    m_Notify->AdviseNotify(0xFFFFF, sink.Get());
+    m_Storage->UpdateExchange(key, CBstr(L"XNYS").Get(), text.Get(), 0, 20, 30, 2, text.Get(), zone.Get());
+    Deliver();
+    EXPECT_THAT(sink->Calls, ElementsAre(Change(0x4000, 0), Change(0x80, 0)));
+}
+
+TEST_F(Notify, ADeletedExchangeIsToldBehindWhatItOwned) {
+    Sql(L"INSERT INTO EXCHANGES (EXCHANGE, SETTING, SESSION) VALUES (5,20,30)");
+    const auto sink = Sink();
+    m_Notify->AdviseNotify(0xFFFFF, sink.Get());
+    LONG deleted = 0;
+    m_Storage->DeleteExchange(5, &deleted);
+    Deliver();
+    EXPECT_THAT(sink->Calls, ElementsAre(Change(0x20, 0), Change(0x200, 0), Change(0x100, 0), Change(0x80, 0)));
+}
+
+TEST_F(Notify, ACurrencyIsToldWithItsId) {
+    const auto currency = m_Storage.As<IDM_qxStorage::IqxCurrency>();
+    const auto sink = Sink();
+    m_Notify->AdviseNotify(0xFFFFF, sink.Get());
+    currency->SetCurrency(7, 840);
+    currency->SetCurrency(7, 978);
+    currency->DeleteCurrency(-1);
+    Deliver();
+    EXPECT_THAT(sink->Calls, ElementsAre(Change(0x80000, 7), Change(0x80000, 7), Change(0x80000, -1)));
+}
+
 // Eight threads change, advise and unadvise while this one delivers.
 TEST_F(Notify, ThreadsAdviseAndUnadviseWhileChangesAreDelivered) {
     constexpr int Rounds = 50;

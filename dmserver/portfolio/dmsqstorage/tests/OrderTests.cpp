@@ -34,6 +34,23 @@ protected:
     }
     static void Setting(LONG key) { Sql(L"INSERT INTO SETTINGS VALUES(" + Text(key) + L",1,1,1,1)"); }
 
+    static void Feed(LONG key) {
+        Sql(L"INSERT INTO DATA_FEEDS VALUES(" + Text(key) + L",'Old','x.dll','{C}',1,1,0,0,'X')");
+    }
+    static void Exchange(LONG key) {
+        Sql(L"INSERT INTO EXCHANGES (EXCHANGE,EXCHANGE_NAME,SETTING,SESSION) VALUES(" + Text(key) +
+            L",'Old',20,30)");
+    }
+    static void Session(LONG key) {
+        Sql(L"INSERT INTO SESSIONS VALUES(" + Text(key) + L",1,'Old',0)");
+        Sql(L"INSERT INTO SESSION_DETAILS VALUES(" + Text(key) + L",1,2,3,4,5,6,7)");
+    }
+
+    static constexpr const wchar_t* FeedName = L"SELECT DATA_FEED_NAME FROM DATA_FEEDS";
+    static constexpr const wchar_t* ExchangeName = L"SELECT EXCHANGE_NAME FROM EXCHANGES";
+    static constexpr const wchar_t* SessionName = L"SELECT SESSION_NAME FROM SESSIONS";
+    static constexpr const wchar_t* Details = L"SELECT COUNT(*) AS DATA_FEED FROM SESSION_DETAILS";
+    static constexpr const wchar_t* Codes = L"SELECT CURRENCY_CODE FROM CURRENCY";
     static constexpr const wchar_t* Dates = L"SELECT COUNT(*) AS DATA_FEED FROM HOLIDAY_DETAILS";
 
 private:
@@ -144,6 +161,141 @@ TEST_F(Order, OfDeletedSetting) {
     const auto moments = Watch(L"SELECT SETTING FROM SETTINGS", [&] { return m_Storage->DeleteSetting(1); });
     EXPECT_THAT(moments.Traced, ElementsAre(One(L"1")));
     EXPECT_THAT(moments.Announced, ElementsAre(View()));
+}
+
+TEST_F(Order, OfInsertedFeed) {
+    LONG key = 0;
+    const CBstr text(L"New");
+    const auto moments = Watch(FeedName, [&] {
+        return m_Storage->InsertDataFeed(text.Get(), text.Get(), text.Get(), text.Get(), 0, &key);
+    });
+    EXPECT_THAT(moments.Traced, ElementsAre(View()));
+    EXPECT_THAT(moments.Announced, ElementsAre(One(L"New")));
+}
+
+TEST_F(Order, OfUpdatedFeed) {
+    Feed(1);
+    const CBstr text(L"New");
+    const auto moments = Watch(FeedName, [&] {
+        return m_Storage->UpdateDataFeed(1, text.Get(), text.Get(), text.Get(), text.Get(), 0, 1);
+    });
+    EXPECT_THAT(moments.Traced, ElementsAre(One(L"Old")));
+    EXPECT_THAT(moments.Announced, ElementsAre(One(L"New")));
+}
+
+TEST_F(Order, OfDeletedFeed) {
+    Feed(1);
+    LONG deleted = 0;
+    const auto moments =
+        Watch(L"SELECT DELETED FROM DATA_FEEDS", [&] { return m_Storage->DeleteDataFeed(1, &deleted); });
+    EXPECT_THAT(moments.Traced, ElementsAre(One(L"0")));
+    EXPECT_THAT(moments.Announced, ElementsAre(One(L"1")));
+}
+
+TEST_F(Order, OfInsertedExchange) {
+    LONG key = 0;
+    const CBstr text(L"New");
+    const CBstr zone(L"0,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000");
+    const auto moments = Watch(ExchangeName, [&] {
+        return m_Storage->InsertExchange(text.Get(), text.Get(), 0, 1, 1, 0, text.Get(), zone.Get(), &key);
+    });
+    EXPECT_THAT(moments.Traced, ElementsAre(View()));
+    EXPECT_THAT(moments.Announced, ElementsAre(One(L"New")));
+}
+
+// The row has its new name when the dictionary's change is announced, and when its own is.
+TEST_F(Order, OfRenamedExchange) {
+    Exchange(1);
+    const CBstr text(L"New");
+    const CBstr zone(L"0,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000");
+    const auto moments = Watch(ExchangeName, [&] {
+        return m_Storage->UpdateExchange(1, text.Get(), text.Get(), 0, 1, 1, 0, text.Get(), zone.Get());
+    });
+    EXPECT_THAT(moments.Traced, ElementsAre(One(L"Old")));
+    EXPECT_THAT(moments.Announced, ElementsAre(One(L"New"), One(L"New")));
+}
+
+// The exchange first, then its setting, the details of its session, the session.
+TEST_F(Order, OfDeletedExchange) {
+    Exchange(1);
+    Setting(20);
+    Session(30);
+    LONG deleted = 0;
+    const auto moments = Watch(L"SELECT (SELECT COUNT(*) FROM EXCHANGES) AS EXCHANGE, "
+                               L"(SELECT COUNT(*) FROM SETTINGS) AS SETTING, "
+                               L"(SELECT COUNT(*) FROM SESSION_DETAILS) AS DATA_FEED, "
+                               L"(SELECT COUNT(*) FROM SESSIONS) AS SESSION FROM RDB$DATABASE",
+                               [&] { return m_Storage->DeleteExchange(1, &deleted); });
+    const auto left = [](const wchar_t* exchange, const wchar_t* setting, const wchar_t* details,
+                         const wchar_t* session) {
+        return View{{exchange, setting, details, session}};
+    };
+    EXPECT_THAT(moments.Traced, ElementsAre(left(L"1", L"1", L"1", L"1"), left(L"0", L"1", L"1", L"1"),
+                                            left(L"0", L"0", L"1", L"1"), left(L"0", L"0", L"0", L"1")));
+    EXPECT_THAT(moments.Announced, ElementsAre(left(L"0", L"0", L"1", L"1"), left(L"0", L"0", L"0", L"1"),
+                                               left(L"0", L"0", L"0", L"0"), left(L"0", L"0", L"0", L"0")));
+}
+
+TEST_F(Order, OfInsertedSession) {
+    LONG key = 0;
+    const auto moments =
+        Watch(SessionName, [&] { return m_Storage->InsertSession(2, CBstr(L"New").Get(), 0, &key); });
+    EXPECT_THAT(moments.Traced, ElementsAre(View()));
+    EXPECT_THAT(moments.Announced, ElementsAre(One(L"New")));
+}
+
+TEST_F(Order, OfUpdatedSession) {
+    Session(1);
+    const auto moments = Watch(SessionName, [&] { return m_Storage->UpdateSession(1, 2, CBstr(L"New").Get(), 0); });
+    EXPECT_THAT(moments.Traced, ElementsAre(One(L"Old")));
+    EXPECT_THAT(moments.Announced, ElementsAre(One(L"New")));
+}
+
+// The details first.
+TEST_F(Order, OfDeletedSession) {
+    Session(1);
+    LONG deleted = 0;
+    const auto moments = Watch(L"SELECT (SELECT COUNT(*) FROM SESSION_DETAILS) AS DATA_FEED, "
+                               L"(SELECT COUNT(*) FROM SESSIONS) AS SESSION FROM RDB$DATABASE",
+                               [&] { return m_Storage->DeleteSession(1, &deleted); });
+    EXPECT_THAT(moments.Traced, ElementsAre(View{{L"1", L"1"}}, View{{L"0", L"1"}}));
+    EXPECT_THAT(moments.Announced, ElementsAre(View{{L"0", L"1"}}, View{{L"0", L"0"}}));
+}
+
+TEST_F(Order, OfReplacedSessionDetails) {
+    Session(1);
+    const auto table = NewTable();
+    for (LONG id : {1006, 1027, 1028, 1029, 1030, 1031, 1032, 1033})
+        table->AddFieldById(id, 0, 0, 0);
+    for (int i = 0; i < 3; ++i) {
+        table->Append();
+        FieldOf(table, IDM_dmudfcom::fieldSession)->put_AsLong(1);
+        table->Post();
+    }
+    table->First();
+    const auto moments = Watch(Details, [&] { return m_Storage->InsertSessionDetails(table.Get()); });
+    EXPECT_THAT(moments.Traced, ElementsAre(One(L"1"), One(L"0")));
+    EXPECT_THAT(moments.Announced, ElementsAre(One(L"0"), One(L"3")));
+}
+
+TEST_F(Order, OfDeletedSessionDetails) {
+    Session(1);
+    const auto moments = Watch(Details, [&] { return m_Storage->DeleteSessionDetails(1); });
+    EXPECT_THAT(moments.Traced, ElementsAre(One(L"1")));
+    EXPECT_THAT(moments.Announced, ElementsAre(One(L"0")));
+}
+
+TEST_F(Order, OfCurrencySetTwiceAndDeleted) {
+    const auto currency = m_Storage.As<IDM_qxStorage::IqxCurrency>();
+    const auto inserted = Watch(Codes, [&] { return currency->SetCurrency(7, 840); });
+    EXPECT_THAT(inserted.Traced, ElementsAre(View()));
+    EXPECT_THAT(inserted.Announced, ElementsAre(One(L"840")));
+    const auto updated = Watch(Codes, [&] { return currency->SetCurrency(7, 978); });
+    EXPECT_THAT(updated.Traced, ElementsAre(One(L"840")));
+    EXPECT_THAT(updated.Announced, ElementsAre(One(L"978")));
+    const auto deleted = Watch(Codes, [&] { return currency->DeleteCurrency(7); });
+    EXPECT_THAT(deleted.Traced, ElementsAre(One(L"978")));
+    EXPECT_THAT(deleted.Announced, ElementsAre(View()));
 }
 
 } // namespace

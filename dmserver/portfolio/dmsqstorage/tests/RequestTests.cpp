@@ -296,12 +296,52 @@ TEST_F(Requests, WithoutAStorageGoodArgumentsAnswerPointerAndBadOnesInvalid) {
     EXPECT_EQ(-1, key);
 }
 
+TEST_F(Requests, WithoutAStorageFeedsExchangesAndSessionsAnswerPointer) {
+    const auto object = platform::MakeObject<CqxStorageBase>();
+    const CBstr text(L"x");
+    LONG key = -1;
+    LONG deleted = -1;
+    EXPECT_EQ(E_POINTER, object->SelectDataFeed(NewRequest().Get(), NewTable().Get()));
+    EXPECT_EQ(E_POINTER, object->InsertDataFeed(text.Get(), text.Get(), text.Get(), text.Get(), 0, &key));
+    EXPECT_EQ(E_POINTER, object->DeleteDataFeed(1, &deleted));
+    EXPECT_EQ(E_POINTER, object->UpdateDataFeed(1, text.Get(), text.Get(), text.Get(), text.Get(), 0, 1));
+    EXPECT_EQ(E_POINTER, object->GetDataFeed(text.Get(), &key));
+    EXPECT_EQ(E_POINTER, object->SelectExchange(NewRequest().Get(), NewTable().Get()));
+    EXPECT_EQ(E_POINTER, object->InsertExchange(text.Get(), text.Get(), 0, 1, 1, 0, text.Get(), text.Get(), &key));
+    EXPECT_EQ(E_POINTER, object->DeleteExchange(1, &deleted));
+    EXPECT_EQ(E_POINTER, object->UpdateExchange(1, text.Get(), text.Get(), 0, 1, 1, 0, text.Get(), text.Get()));
+    EXPECT_EQ(E_POINTER, object->GetExchange(text.Get(), &key));
+    EXPECT_EQ(E_POINTER, object->SelectSession(NewRequest().Get(), NewTable().Get()));
+    EXPECT_EQ(E_POINTER, object->InsertSession(0, text.Get(), 0, &key));
+    EXPECT_EQ(E_POINTER, object->DeleteSession(1, &deleted));
+    EXPECT_EQ(E_POINTER, object->UpdateSession(1, 0, text.Get(), 0));
+    EXPECT_EQ(E_POINTER, object->SelectSessionDetails(NewRequest().Get(), NewTable().Get()));
+    EXPECT_EQ(E_POINTER, object->InsertSessionDetails(NewTable().Get()));
+    EXPECT_EQ(E_POINTER, object->DeleteSessionDetails(1));
+    EXPECT_EQ(-1, key);
+    EXPECT_EQ(0, deleted);
+}
+
+// These do not look whether there is a storage.
+TEST_F(Requests, WithoutAStorageCurrencyAndSentChangesRaise) {
+    const auto object = platform::MakeObject<CqxStorageBase>();
+    LONG code = -1;
+    EXPECT_THROW(object->SetCurrency(1, 840), platform::CComError);
+    EXPECT_THROW(object->GetCurrency(1, &code), platform::CComError);
+    EXPECT_EQ(E_INVALIDARG, object->GetCurrency(1, nullptr));
+    EXPECT_THROW(object->DeleteCurrency(1), platform::CComError);
+    EXPECT_THROW(object->SelectCurrency(nullptr, NewTable().Get()), platform::CComError);
+    EXPECT_THROW(object->SendNotify(1), platform::CComError);
+    EXPECT_EQ(-1, code);
+}
+
 // The storage object itself, never started: no database and no key generator.
 TEST_F(Requests, AStorageWithoutAGeneratorGivesNoKeysAndReportsIt) {
     sqStorage::CStorage storage;
     EXPECT_EQ(0, storage.InsertSetting(1, 1, 1, 1));
     EXPECT_EQ(0, storage.InsertHoliday(L"x"));
-    EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"0!=Setting", L"Holiday"));
+    EXPECT_EQ(0, storage.InsertExchange(L"x", L"x", 0, 1, 1, 0, L"x", L"x"));
+    EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"0!=Setting", L"Holiday", L"Exchange"));
 }
 
 TEST_F(Requests, TheStorageChecksWhatTheInterfaceLetsThrough) {
@@ -316,6 +356,30 @@ TEST_F(Requests, TheStorageChecksWhatTheInterfaceLetsThrough) {
     EXPECT_EQ(0, storage.InsertHoliday(nullptr));
     EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"Request", L"Table", L"Request&&Table", L"Request", L"Table",
                                                  L"Holiday", L"Setting", L"Setting", L"Table", L"hn"));
+}
+
+TEST_F(Requests, TheStorageChecksFeedsExchangesAndSessionsToo) {
+    sqStorage::CStorage storage;
+    storage.SelectDataFeed(nullptr, nullptr);
+    EXPECT_EQ(0, storage.InsertDataFeed(nullptr, nullptr, L"x", nullptr, 0));
+    storage.UpdateDataFeed(0, nullptr, nullptr, L"x", nullptr, 0, 1);
+    EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"Request", L"Table", L"n", L"sn", L"CLSID", L"DataFeed",
+                                                 L"DataFeed", L"DataFeedName", L"DataFeedShortName", L"CLSID"));
+    Recorder::Clear();
+    storage.SelectExchange(nullptr, nullptr);
+    EXPECT_EQ(0, storage.InsertExchange(nullptr, nullptr, 0, 1, 1, 0, nullptr, nullptr));
+    storage.UpdateExchange(0, nullptr, nullptr, 0, 1, 1, 0, nullptr, nullptr);
+    EXPECT_THAT(Recorder::Asserts(),
+                ElementsAre(L"Request", L"Table", L"n", L"desc", L"MapId", L"TimeZoneInformation", L"Exchange",
+                            L"ExchangeName", L"MapId", L"TimeZoneInformation"));
+    Recorder::Clear();
+    storage.SelectSession(nullptr, nullptr);
+    EXPECT_EQ(0, storage.InsertSession(0, nullptr, 0));
+    storage.UpdateSession(1, 0, nullptr, 0);
+    storage.SelectSessionDetails(nullptr, nullptr);
+    storage.InsertSessionDetails(nullptr);
+    EXPECT_THAT(Recorder::Asserts(),
+                ElementsAre(L"Request", L"Table", L"SessionName", L"SessionName", L"Request", L"Table", L"Table"));
 }
 
 } // namespace

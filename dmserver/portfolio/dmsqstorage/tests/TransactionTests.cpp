@@ -37,7 +37,8 @@ private:
 class Transactions : public HostTest {
 protected:
     Transactions() {
-        for (const wchar_t* table : {L"HOLIDAYS", L"HOLIDAY_DETAILS", L"SETTINGS"})
+        for (const wchar_t* table : {L"HOLIDAYS", L"HOLIDAY_DETAILS", L"SETTINGS", L"DATA_FEEDS", L"EXCHANGES",
+                                     L"SESSIONS", L"SESSION_DETAILS"})
             Sql(std::wstring(L"DELETE FROM ") + table);
         Recorder::Clear();
     }
@@ -79,6 +80,38 @@ TEST_F(Transactions, TheDatesOfADeletedCalendarStayDeletedWhenTheCalendarIsRefus
     EXPECT_THAT(Recorder::Asserts(), Contains(testing::HasSubstr(L"refused")));
     EXPECT_THAT(Dates(), IsEmpty());
     EXPECT_EQ(1U, Sql(L"SELECT HOLIDAY FROM HOLIDAYS").size());
+}
+
+TEST_F(Transactions, TheDetailsOfADeletedSessionStayDeletedWhenTheSessionIsRefused) {
+    Sql(L"INSERT INTO SESSIONS VALUES(1,1,'Day',0)");
+    Sql(L"INSERT INTO SESSION_DETAILS VALUES(1,1,2,3,4,5,6,7)");
+    const CRedefinition refusal(Host(),
+                                L"CREATE TRIGGER REFUSE_DELETE FOR SESSIONS BEFORE DELETE AS BEGIN "
+                                L"EXCEPTION SESSION_NOT_PRESENTABLE 'refused'; END",
+                                L"DROP TRIGGER REFUSE_DELETE");
+    LONG deleted = -1;
+    EXPECT_EQ(S_OK, Create()->DeleteSession(1, &deleted));
+    EXPECT_EQ(1, deleted);
+    EXPECT_THAT(Recorder::Asserts(), Contains(testing::HasSubstr(L"refused")));
+    EXPECT_THAT(Sql(L"SELECT SESSION FROM SESSION_DETAILS"), IsEmpty());
+    EXPECT_EQ(1U, Sql(L"SELECT SESSION FROM SESSIONS").size());
+}
+
+TEST_F(Transactions, AnExchangeIsGoneAlthoughItsSettingIsRefused) {
+    Sql(L"INSERT INTO EXCHANGES (EXCHANGE,SETTING,SESSION) VALUES(5,20,30)");
+    Sql(L"INSERT INTO SETTINGS VALUES(20,1,1,1,1)");
+    Sql(L"INSERT INTO SESSIONS VALUES(30,1,'Day',0)");
+    const CRedefinition refusal(Host(),
+                                L"CREATE TRIGGER REFUSE_DELETE FOR SETTINGS BEFORE DELETE AS BEGIN "
+                                L"EXCEPTION SESSION_NOT_PRESENTABLE 'refused'; END",
+                                L"DROP TRIGGER REFUSE_DELETE");
+    LONG deleted = -1;
+    EXPECT_EQ(S_OK, Create()->DeleteExchange(5, &deleted));
+    EXPECT_EQ(1, deleted);
+    EXPECT_THAT(Recorder::Asserts(), Contains(testing::HasSubstr(L"refused")));
+    EXPECT_THAT(Sql(L"SELECT EXCHANGE FROM EXCHANGES"), IsEmpty());
+    EXPECT_THAT(Sql(L"SELECT SETTING FROM SETTINGS"), ElementsAre(Row{L"20"}));
+    EXPECT_THAT(Sql(L"SELECT SESSION FROM SESSIONS"), IsEmpty());
 }
 
 TEST_F(Transactions, OneBadRecordOfABatchLeavesNoneOfIt) {
@@ -123,6 +156,22 @@ TEST_F(Transactions, WithoutAKeyAnInsertAnswersFalseAndWritesNothing) {
     EXPECT_EQ(0, holiday);
     EXPECT_EQ(0, setting);
     EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"RecordCount>0", L"Holiday", L"RecordCount>0", L"0!=Setting"));
+    Recorder::Clear();
+    const CBstr text(L"x");
+    const CBstr zone(L"0,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000");
+    LONG feed = -1;
+    LONG exchange = -1;
+    LONG session = -1;
+    EXPECT_EQ(S_FALSE, storage->InsertDataFeed(text.Get(), text.Get(), text.Get(), text.Get(), 0, &feed));
+    EXPECT_EQ(S_FALSE,
+              storage->InsertExchange(text.Get(), text.Get(), 0, 1, 1, 0, text.Get(), zone.Get(), &exchange));
+    EXPECT_EQ(S_FALSE, storage->InsertSession(2, text.Get(), 0, &session));
+    EXPECT_EQ(0, feed);
+    EXPECT_EQ(0, exchange);
+    EXPECT_EQ(0, session);
+    // A session without a key is not reported.
+    EXPECT_THAT(Recorder::Asserts(),
+                ElementsAre(L"RecordCount>0", L"DataFeed", L"RecordCount>0", L"Exchange", L"RecordCount>0"));
     EXPECT_THAT(Recorder::Messages(), Each(Not(StartsWith(L"sql = "))));
     EXPECT_THAT(Sql(L"SELECT HOLIDAY FROM HOLIDAYS"), IsEmpty());
 }
