@@ -90,6 +90,13 @@ TEST_F(Procedure, DeleteDataFeedRefusesWhileASymbolBelongsToIt) {
     }
 }
 
+// A feed that was marked before is marked again, and counts as deleted once more.
+TEST_F(Procedure, DeleteDataFeedOfADeletedFeedDeletesItAgain) {
+    m_Database.Run("INSERT INTO DATA_FEEDS VALUES(5,'n','d','{C}',1,1,1,0,'s')");
+    EXPECT_THAT(m_Database.Run("SELECT * FROM DELETE_DATA_FEED(5)").Column("DELETED"), ElementsAre("1"));
+    EXPECT_EQ("1", m_Database.Value("SELECT DELETED FROM DATA_FEEDS"));
+}
+
 TEST_F(Procedure, DeleteDataFeedTouchesOnlyItsRow) {
     m_Database.Run("INSERT INTO DATA_FEEDS VALUES(5,'n','d','{C}',1,1,0,0,'s')");
     m_Database.Run("INSERT INTO DATA_FEEDS VALUES(6,'n','d','{C}',0,1,0,0,'s')");
@@ -129,10 +136,33 @@ TEST_F(Procedure, DeleteExchangeOfOneStillInUseAnswersZeroAndLeavesTheRow) {
     }
 }
 
+TEST_F(Procedure, DeleteExchangeLeavesTheCalendarSettingAndSessionThatItNames) {
+    m_Database.Run("INSERT INTO HOLIDAYS VALUES(7,'calendar')");
+    m_Database.Run("INSERT INTO SETTINGS VALUES(8,1,1,1,1)");
+    m_Database.Run("INSERT INTO SESSIONS VALUES(9,1,'session',0)");
+    InsertExchange("5", NoZone);
+    m_Database.Run("SELECT * FROM DELETE_EXCHANGE(5)");
+    for (const auto* table : {"HOLIDAYS", "SETTINGS", "SESSIONS"})
+        EXPECT_EQ("1", m_Database.Value("SELECT COUNT(*) FROM " + std::string(table))) << table;
+}
+
+TEST_F(Procedure, DeletesAreNotRefusedForUsersOfAnotherRow) {
+    m_Database.Run("INSERT INTO DATA_FEEDS VALUES(5,'n','d','{C}',1,1,0,0,'s')");
+    InsertExchange("5", NoZone);
+    m_Database.Run("INSERT INTO PORTFOLIO (SYMBOL, DATA_FEED, EXCHANGE) VALUES (1, 6, 6)");
+    m_Database.Run("INSERT INTO DICTIONARY (SYMBOL, DATA_FEED, EXCHANGE) VALUES (2, NULL, NULL)");
+    m_Database.Run("INSERT INTO CUSTOM_FUTURES (CF, DATA_FEED, EXCHANGE) VALUES (5, 6, 6)");
+    EXPECT_THAT(m_Database.Run("SELECT * FROM DELETE_DATA_FEED(5)").Column("DELETED"), ElementsAre("1"));
+    EXPECT_THAT(m_Database.Run("SELECT * FROM DELETE_EXCHANGE(5)").Column("DELETED"), ElementsAre("1"));
+}
+
 TEST_F(Procedure, DeletesAreRefusedInAReadOnlyTransactionHavingDoneNothing) {
     InsertExchange("5", NoZone);
+    m_Database.Run("INSERT INTO DATA_FEEDS VALUES(5,'n','d','{C}',1,1,0,0,'s')");
     EXPECT_THROW(m_Database.Read("SELECT * FROM DELETE_EXCHANGE(5)"), CDatabaseError);
+    EXPECT_THROW(m_Database.Read("SELECT * FROM DELETE_DATA_FEED(5)"), CDatabaseError);
     EXPECT_EQ("1", m_Database.Value("SELECT COUNT(*) FROM EXCHANGES"));
+    EXPECT_EQ("0", m_Database.Value("SELECT DELETED FROM DATA_FEEDS"));
 }
 
 // --- SELECT_EXCHANGE
