@@ -295,21 +295,21 @@ void CColumn::SetReals(Row first, std::span<const double> values) {
         SetReal(first + i, values[i]);
 }
 
-void CColumn::Keep(tagSharedText& text) {
+void CColumn::Keep(const tagSharedText& text) {
     if (text.Pool == m_Pool->Id())
         return;
     text.Handle = m_Pool->Add(text.Text);
     text.Pool = m_Pool->Id();
 }
 
-void CColumn::SetTexts(Row first, std::span<tagSharedText* const> texts) {
+void CColumn::SetTexts(Row first, std::span<const tagSharedText* const> texts) {
     const auto count = static_cast<Row>(texts.size());
     if (m_Type != EColumnType::Text) {
         for (Row i = 0; i < count; ++i)
             SetText(first + i, texts[i]->Text);
         return;
     }
-    for (tagSharedText* const text : texts)
+    for (const tagSharedText* const text : texts)
         Keep(*text);
     for (Row row = first; row < std::min(first + count, m_Size); ++row)
         if (!IsNull(row))

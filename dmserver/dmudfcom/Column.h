@@ -55,7 +55,7 @@ public:
     void GetIntegers(Row first, std::span<LONG> values) const;
     void SetIntegers(Row first, std::span<const LONG> values);
     void SetReals(Row first, std::span<const double> values);
-    void SetTexts(Row first, std::span<tagSharedText* const> texts);
+    void SetTexts(Row first, std::span<const tagSharedText* const> texts);
 
     // Null before all values, numbers by value, texts by code point.
     int Compare(Row left, Row right) const;
@@ -94,7 +94,7 @@ private:
     // Makes the rows cells that are not null, and gives `fill` their bytes, piece by piece: (cells, offset, count).
     template <class Fill>
     void StoreRun(Row first, Row count, Fill&& fill);
-    void Keep(tagSharedText& text);
+    void Keep(const tagSharedText& text);
 
     void Extend(Row row);
     void AddRoom(Row needed);

@@ -97,7 +97,7 @@ public:
     void GetIntegers(ULONG column, ULONG first, std::span<LONG> values) const override;
     void SetIntegers(ULONG column, ULONG first, std::span<const LONG> values) override;
     void SetReals(ULONG column, ULONG first, std::span<const double> values) override;
-    void SetTexts(ULONG column, ULONG first, std::span<tagSharedText* const> texts) override;
+    void SetTexts(ULONG column, ULONG first, std::span<const tagSharedText* const> texts) override;
     std::size_t MemoryUse() const override;
 
     std::shared_ptr<CTableStore> Store() const override { return m_Store; }

@@ -126,7 +126,7 @@ void CdmTable::SetReals(ULONG column, ULONG first, std::span<const double> value
     WriteRun(column, first, values, &CColumn::SetReals);
 }
 
-void CdmTable::SetTexts(ULONG column, ULONG first, std::span<tagSharedText* const> texts) {
+void CdmTable::SetTexts(ULONG column, ULONG first, std::span<const tagSharedText* const> texts) {
     WriteRun(column, first, texts, &CColumn::SetTexts);
 }
 

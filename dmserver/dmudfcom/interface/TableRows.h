@@ -37,8 +37,8 @@ enum class EColumnType : ULONG {
 // so that it is looked for and stored once; any other column, or the same one once it was emptied, starts anew.
 struct tagSharedText {
     std::string Text;
-    std::uint64_t Pool = 0;
-    std::uint32_t Handle = 0;
+    mutable std::uint64_t Pool = 0;
+    mutable std::uint32_t Handle = 0;
 };
 
 struct ITableRows : IUnknown {
@@ -82,7 +82,7 @@ struct ITableRows : IUnknown {
     virtual void GetIntegers(ULONG column, ULONG first, std::span<LONG> values) const = 0;
     virtual void SetIntegers(ULONG column, ULONG first, std::span<const LONG> values) = 0;
     virtual void SetReals(ULONG column, ULONG first, std::span<const double> values) = 0;
-    virtual void SetTexts(ULONG column, ULONG first, std::span<tagSharedText* const> texts) = 0;
+    virtual void SetTexts(ULONG column, ULONG first, std::span<const tagSharedText* const> texts) = 0;
     // Bytes on the heap for the records, the fields and the indexes.
     virtual std::size_t MemoryUse() const = 0;
 

@@ -234,8 +234,8 @@ TEST_F(TableTest, RunsGoByRecordOrder) {
     EXPECT_EQ(read, (std::array<LONG, 5>{1, 9, 2, 3, 4}));
     m_Rows->SetIntegers(0, 1, std::array<LONG, 3>{10, 20, 30});
     EXPECT_EQ(Walk(*field), (std::vector<LONG>{1, 10, 20, 30, 4}));
-    tagSharedText text{"x"};
-    m_Rows->SetTexts(1, 1, std::array{&text, &text});
+    const tagSharedText text{"x"};
+    m_Rows->SetTexts(1, 1, std::array<const tagSharedText*, 2>{&text, &text});
     std::string scratch;
     EXPECT_TRUE(m_Rows->IsNull(0, 1));
     EXPECT_EQ(m_Rows->Text(1, 1, scratch), "x");
@@ -261,7 +261,7 @@ TEST_F(TableTest, ASharedTextIsStoredOnceInEachColumn) {
     for (ULONG row = 0; row < ManyRows; ++row)
         m_Rows->AppendRow();
     std::vector<tagSharedText> texts(300);
-    std::vector<tagSharedText*> cells(ManyRows);
+    std::vector<const tagSharedText*> cells(ManyRows);
     for (std::size_t i = 0; i < texts.size(); ++i)
         texts[i].Text = std::string(100, 'x') + std::to_string(i);
     texts[7].Text.clear();
@@ -284,8 +284,8 @@ TEST_F(TableTest, ASharedTextOutlivesWhatTheColumnForgets) {
     AddField(L"T", EColumnType::Text);
     for (ULONG row = 0; row < 10; ++row)
         m_Rows->AppendRow();
-    tagSharedText text{"the shared text"};
-    tagSharedText* const cells[] = {&text};
+    const tagSharedText text{"the shared text"};
+    const tagSharedText* const cells[] = {&text};
     std::string scratch;
     for (ULONG i = 0; i < ManyRows; ++i) { // the texts are packed many times on the way
         m_Rows->SetText(i % 10, 0, DistinctText(i));

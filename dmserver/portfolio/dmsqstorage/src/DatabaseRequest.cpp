@@ -14,19 +14,14 @@ namespace {
 using platform::CBstr;
 
 // The failing call, with what the database says of it.
-std::wstring Reason(IdmDatabase* database, const wchar_t* call) {
-    const std::wstring reason = IDM_dmFirebird::LastErrorText(*database);
+std::wstring Reason(IdmDatabase& database, const wchar_t* call) {
+    const std::wstring reason = IDM_dmFirebird::LastErrorText(database);
     return reason.empty() ? call : call + (L": " + reason);
 }
 
 void CheckQuery(const BugSlayerUtil::CScope& scope, HRESULT status, IdmDatabase* database, const wchar_t* call) {
     if (status != S_OK)
-        scope.Check(status, Reason(database, call));
-}
-
-void RaiseUnless(HRESULT status, IdmDatabase* database, const wchar_t* call) {
-    if (status != S_OK)
-        platform::ThrowStatus(status, Reason(database, call));
+        scope.Check(status, Reason(*database, call));
 }
 
 template <class I>
@@ -37,6 +32,11 @@ CComPtr<I> NewCarrier(REFCLSID clsid) {
 }
 
 } // namespace
+
+void RaiseUnlessOk(HRESULT status, IdmDatabase& database, const wchar_t* call) {
+    if (status != S_OK) [[unlikely]]
+        platform::ThrowStatus(status, Reason(database, call));
+}
 
 CComPtr<IdmTable> NewTable() { return NewCarrier<IdmTable>(IDM_dmudfcom::CLSID_dmTable); }
 
@@ -55,10 +55,10 @@ CDatabaseRequest::CDatabaseRequest(IDispatch* database) {
     if (!scope.Assert(database != nullptr, L"Database"))
         return;
     platform::ThrowIfFailed(database->QueryInterface(platform::UuidOf<IdmDatabase>, m_Database.PutVoid()));
-    RaiseUnless(m_Database->GetTransaction(m_Transaction.Put()), m_Database.Get(), L"GetTransaction");
+    RaiseUnlessOk(m_Database->GetTransaction(m_Transaction.Put()), *m_Database, L"GetTransaction");
     if (!m_Transaction)
         scope.Throw(L"m_Transaction");
-    RaiseUnless(m_Transaction->GetQuery(m_Query.Put()), m_Database.Get(), L"GetQuery");
+    RaiseUnlessOk(m_Transaction->GetQuery(m_Query.Put()), *m_Database, L"GetQuery");
     if (!m_Query)
         scope.Throw(L"m_Query");
 }

@@ -26,6 +26,9 @@ CComPtr<IdmTable> NewTable();
 // A new request in which nothing is written.
 CComPtr<IdmRequest> NewRequest();
 
+// Raises a status other than S_OK, with the failing call and what the database says of it.
+void RaiseUnlessOk(HRESULT status, IdmDatabase& database, const wchar_t* call);
+
 // Walks the table from its first record to its last.
 template <class Visit>
 void ForEachRecord(IdmTable& table, Visit&& visit) {

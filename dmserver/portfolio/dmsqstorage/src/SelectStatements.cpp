@@ -41,6 +41,13 @@ private:
     CSqlText m_Text{L" WHERE P.EXCHANGE=E.EXCHANGE AND P.DATA_FEED=D.DATA_FEED"};
 };
 
+void AddTexts(CSymbolClause& clause, IdmRequest& request, LONG mode) {
+    if (const auto name = Prefix<&IdmRequest::get_SymbolName>(request, mode); !name.empty())
+        clause.Add(L"UPPER(P.SYMBOL_NAME) LIKE '%s%%'", name);
+    else if (const auto description = Prefix<&IdmRequest::get_Description>(request, mode); !description.empty())
+        clause.Add(L"UPPER(P.DESCRIPTION) STARTING WITH '%s'", description);
+}
+
 CSymbolClause MakeClause(IdmRequest& request, LONG mode) {
     CSymbolClause clause;
     const LONG Symbol = Number<&IdmRequest::get_Symbol>(request, mode);
@@ -48,16 +55,32 @@ CSymbolClause MakeClause(IdmRequest& request, LONG mode) {
         clause.Add(L"P.SYMBOL=%d", Symbol);
         return clause;
     }
-    if (const auto name = Prefix<&IdmRequest::get_SymbolName>(request, mode); !name.empty())
-        clause.Add(L"UPPER(P.SYMBOL_NAME) LIKE '%s%%'", name);
-    else if (const auto description = Prefix<&IdmRequest::get_Description>(request, mode); !description.empty())
-        clause.Add(L"UPPER(P.DESCRIPTION) STARTING WITH '%s'", description);
+    AddTexts(clause, request, mode);
     if (const LONG Category = Number<&IdmRequest::get_Category>(request, mode); Category >= 0)
         clause.Add(L"P.CATEGORY=%d", Category);
     if (const LONG Exchange = Number<&IdmRequest::get_ExchangeId>(request, mode); Exchange > 0)
         clause.Add(L"P.EXCHANGE=%d", Exchange);
     if (const LONG Datafeed = Number<&IdmRequest::get_Datafeed>(request, mode); Datafeed > 0)
         clause.Add(L"P.DATA_FEED=%d", Datafeed);
+    return clause;
+}
+
+CSymbolClause MakeCustomFutureClause(IdmRequest& request, LONG mode) {
+    CSymbolClause clause;
+    const LONG Symbol = Number<&IdmRequest::get_Symbol>(request, mode);
+    if (!IsNoSymbol(Symbol)) {
+        clause.Add(L"P.CF=%d", Symbol);
+        return clause;
+    }
+    AddTexts(clause, request, mode);
+    if (const LONG Exchange = Number<&IdmRequest::get_ExchangeId>(request, mode); Exchange > 0)
+        clause.Add(L"P.EXCHANGE=%d", Exchange);
+    if (const LONG Datafeed = Number<&IdmRequest::get_Datafeed>(request, mode); Datafeed > 0)
+        clause.Add(L"P.DATA_FEED=%d", Datafeed);
+    platform::CBstr root;
+    request.get_SymbolRoot(mode, root.Put());
+    if (!root.View().empty())
+        clause.Add(L"UPPER(P.SYMBOL_ROOT)=UPPER('%s')", CQuoted(root.Get()).Text());
     return clause;
 }
 
@@ -98,6 +121,18 @@ void SelectSymbol(LONG Mode, IdmRequest* Request, wchar_t* Sql, int SqlSize, con
               L"STRIKE_PRICE,CAST(P.STRIKE_PRICE AS VARCHAR(32)) AS STRIKE_PRICE_NAME,P.CALL_PUT,P.EXPIRATION_DATE,"
               L"E.EXCHANGE_NAME FROM %s P, EXCHANGES E, DATA_FEEDS D%s";
     const std::wstring text = fmt::sprintf(columns, TableName, MakeClause(*Request, Mode).Text());
+    detail::CopyTruncated(text, Sql, static_cast<std::size_t>(SqlSize));
+}
+
+void SelectCF(LONG Mode, IdmRequest* Request, wchar_t* Sql, int SqlSize) {
+    const BugSlayerUtil::CScope scope;
+    if (!scope.Assert(Request != nullptr, L"Request") || !Sql)
+        return;
+    const std::wstring text = fmt::sprintf(
+        L"SELECT P.CF,P.SYMBOL_NAME,P.SYMBOL_ROOT,P.CF_CODE,P.DESCRIPTION,P.CATEGORY,P.DATA_FEED,"
+        L"D.DATA_FEED_NAME,P.EXCHANGE,P.SETTING_TYPE,P.SETTING,P.SESSION_TYPE,P.CUSTOM_SESSION,"
+        L"P.TEMPLATE_SESSION,P.MARGIN,E.EXCHANGE_NAME FROM CUSTOM_FUTURES P, EXCHANGES E, DATA_FEEDS D%s",
+        MakeCustomFutureClause(*Request, Mode).Text());
     detail::CopyTruncated(text, Sql, static_cast<std::size_t>(SqlSize));
 }
 

@@ -23,4 +23,7 @@ constexpr bool IsNoSymbol(LONG Symbol) { return Symbol == 0 || Symbol == -1; }
 void SelectSymbol(LONG Mode, IDM_dmudfcom::IdmRequest* Request, wchar_t* Sql, int SqlSize, const wchar_t* TableName,
                   int FullColumns);
 
+// As SelectSymbol, for the custom futures: there is no category, and a root filters by its whole text.
+void SelectCF(LONG Mode, IDM_dmudfcom::IdmRequest* Request, wchar_t* Sql, int SqlSize);
+
 } // namespace sqStorage

@@ -5,7 +5,6 @@ using IDM_dmudfcom::IdmRequest;
 using IDM_dmudfcom::IdmTable;
 
 // IqxStorage
-HRESULT CqxStorageBase::SelectPortfolio(LONG, IdmRequest*, IdmTable*) { return E_NOTIMPL; }
 HRESULT CqxStorageBase::SelectCustomFutures(LONG, IdmRequest*, IdmTable*) { return E_NOTIMPL; }
 HRESULT CqxStorageBase::InsertCustomFutures(BSTR, BSTR, BSTR, BSTR, LONG, LONG, LONG, LONG, LONG, LONG, LONG, LONG,
                                             LONG*) {
@@ -17,11 +16,6 @@ HRESULT CqxStorageBase::UpdateCustomFutures(LONG, BSTR, BSTR, BSTR, BSTR, LONG, 
     return E_NOTIMPL;
 }
 HRESULT CqxStorageBase::UpdateCustomFuturesFormula(LONG, BSTR, BSTR, BSTR) { return E_NOTIMPL; }
-
-// IqxPortfolio
-HRESULT CqxStorageBase::Advise(LONG, IdmRequest*, IdmTable*, LONG*) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::Unadvise(LONG) { return E_NOTIMPL; }
-HRESULT CqxStorageBase::Fetch(LONG, LONG*) { return E_NOTIMPL; }
 
 // IascStorage
 HRESULT CqxStorageBase::get_Datafeed(LONG*) { return E_NOTIMPL; }

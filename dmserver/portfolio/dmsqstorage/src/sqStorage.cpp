@@ -1,6 +1,7 @@
 #include "sqStorage.h"
 
 #include "DataBaseParams.h"
+#include "Requestes.h"
 #include "diagnostics/interface/BugSlayer.h"
 #include "dmserver/dmFirebird/interface/LastErrorText.h"
 #include "dmserver/dmudfcom/interface/FieldIds.h"
@@ -40,6 +41,7 @@ CStorage::~CStorage() {
     const BugSlayerUtil::CScope scope(this);
     scope.Guard([&] {
         m_NotifyObject.Stop(true, true);
+        m_Requestes.reset();
         m_IdGenerator.reset();
         if (m_Database)
             m_Database->Close();
@@ -92,6 +94,7 @@ bool CStorage::OpenDatabase(const CDataBaseParams& parameters) {
     }
     CheckSchema();
     m_IdGenerator = std::make_unique<CIdGenerator>(m_Database.Get());
+    m_Requestes = std::make_unique<CRequestes>(m_Database.Get());
     m_DatabaseOpened = 1;
     return true;
 }

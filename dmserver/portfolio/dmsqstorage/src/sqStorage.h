@@ -13,6 +13,8 @@
 //     sqStorage_Currency.cpp      currency codes
 //     sqStorage_Symbols.cpp       symbols, as they are written
 //     sqStorage_SymbolLookup.cpp  small questions about symbols
+//     sqStorage_Portfolio.cpp     the selection of symbols, one or all
+//     sqStorage_Cursors.cpp       symbols, feeds and custom futures batch by batch
 //     sqStorage_Asc.cpp           text files of symbols
 //     sqStorage_RootSettings.cpp  what the dictionary of roots says
 //     sqStorage_Lookup.cpp        keys by name
@@ -46,6 +48,7 @@ class CScope;
 namespace sqStorage {
 
 class CDataBaseParams;
+class CRequestes;
 struct tagSymbol;
 
 // One bit for each kind of change that sinks can be told of.
@@ -182,8 +185,21 @@ public:
     // The text files that a symbol is read from, under this object's lock. Announced only when there were some.
     void ascDeleteSymbol(LONG Symbol, int isNotify);
 
-    // Reads of subsystems that this version does not have: the first raises, the others answer with, E_NOTIMPL.
+    // Symbols with all that they have from their exchange, data feed, setting and session. With a request the one
+    // that it names, or those that its filters let through, which come without what belongs to them; without one all
+    // of them, ordered by name. A symbol that refers to something that is gone ends the selection of all: the ones
+    // before it are complete then, and the others have only what their rows hold.
     void SelectPortfolio(LONG Mode, IdmRequest* Request, IdmTable* Table) override;
+    // Gives symbols whose setting or session is that of their root what the dictionary says of it.
+    void AdjustRootSettings(IdmTable* Table, bool WithExpiration);
+
+    // Cursors: Open gives an id, Fetch appends at most Count rows, 0 for all that remain, to the table that Open was
+    // given, and returns how many. 0 when nothing was opened, or nothing came.
+    LONG Open(LONG Mode, IdmRequest* Request, IdmTable* Table);
+    LONG Fetch(LONG Id, LONG Count);
+    void Close(LONG Id);
+
+    // Reads of subsystems that this version does not have: they answer with E_NOTIMPL.
     LONG SelectRootSettings(IdmRequest* Request, IdmTable* Table) override;
     LONG SelectExpirationRule(IdmRequest* Request, IdmTable* Table) override;
 
@@ -255,6 +271,7 @@ private:
     CComPtr<IdmDatabase> m_Database;
     std::wstring m_DictionaryPath;
     std::unique_ptr<CIdGenerator> m_IdGenerator;
+    std::unique_ptr<CRequestes> m_Requestes;
     std::atomic<int> m_NotifyEnabled{1}; // gates the three masks of symbols
     std::atomic<LONG> m_DatabaseOpened{0};
     CComPtr<IdmTable> m_SymbolTable;

@@ -1,12 +1,9 @@
 #include "sqStorage.h"
 
-#include "platform/com/com_error.h"
-
 namespace sqStorage {
 
-void CStorage::SelectPortfolio(LONG, IdmRequest*, IdmTable*) {
-    platform::ThrowStatus(E_NOTIMPL, L"SelectPortfolio");
-}
+// The dictionary of roots is not part of this version, so it has no row for any symbol.
+void CStorage::AdjustRootSettings(IdmTable*, bool) {}
 
 LONG CStorage::SelectRootSettings(IdmRequest*, IdmTable*) { return E_NOTIMPL; }
 
