@@ -36,6 +36,12 @@ CComPtr<IdmDatabase> NewDatabase() {
     return database;
 }
 
+void OpenDatabase(const CComPtr<IdmDatabase>& database, const tagConnection& connection) {
+    RaiseUnless(database->Open(CBstr(connection.Path).Get(), CBstr(connection.UserName).Get(),
+                               CBstr(connection.Password).Get()),
+                database);
+}
+
 // Several statements that commit together, or not at all.
 class CWork {
 public:
@@ -99,9 +105,7 @@ void CreateStorage(const tagConnection& connection) {
 
 LONG UpgradeStorage(const tagConnection& connection) {
     const auto database = NewDatabase();
-    RaiseUnless(database->Open(CBstr(connection.Path).Get(), CBstr(connection.UserName).Get(),
-                               CBstr(connection.Password).Get()),
-                database);
+    OpenDatabase(database, connection);
     const LONG version = SchemaVersion(database);
     if (version > sqSchema::CurrentVersion)
         platform::ThrowStatus(E_FAIL,
@@ -118,6 +122,15 @@ LONG UpgradeStorage(const tagConnection& connection) {
     }
     database->Close();
     return done;
+}
+
+void RefreshStatistics(const tagConnection& connection) {
+    const auto database = NewDatabase();
+    OpenDatabase(database, connection);
+    CWork work(database);
+    work.Run(sqSchema::RefreshStatisticsStatement);
+    work.Commit();
+    database->Close();
 }
 
 std::wstring ConnectionKey(const std::wstring& company, const std::wstring& product) {

@@ -26,6 +26,11 @@ void CreateStorage(const tagConnection& connection);
 // Returns the number of steps done; 0 when it was up to date.
 LONG UpgradeStorage(const tagConnection& connection);
 
+// Makes the database count its indexes anew, on a connection of its own, so that it goes on choosing the right ones
+// after much has come in at once: its counts are from when they were last taken, at first from the empty database.
+// Hosts may be at work meanwhile. The user has to be one who may change the schema.
+void RefreshStatistics(const tagConnection& connection);
+
 // The registry key of a product's connection parameters, below the machine root.
 std::wstring ConnectionKey(const std::wstring& company, const std::wstring& product);
 

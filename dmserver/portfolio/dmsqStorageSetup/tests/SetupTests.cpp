@@ -56,6 +56,22 @@ TEST_F(Setup, AnUpgradeRefusesANewerStorageAndLeavesIt) {
     EXPECT_EQ(99, m_Place.Run(L"SELECT SCHEMA_VERSION FROM SCHEMA_INFO"));
 }
 
+TEST_F(Setup, FreshStatisticsCountWhatHasComeInWhileAHostIsAtWork) {
+    sqSetup::CreateStorage(m_Place.Connection());
+    const auto host = m_Place.Open();
+    m_Place.Run(L"INSERT INTO HOLIDAYS VALUES(7,'NYSE')");
+    constexpr const wchar_t* counted = L"SELECT COUNT(*) AS DATA_FEED FROM RDB$INDICES WHERE "
+                                       L"RDB$INDEX_NAME='HOLIDAYS_KEY' AND RDB$STATISTICS>0";
+    EXPECT_EQ(0, m_Place.Run(counted));
+    sqSetup::RefreshStatistics(m_Place.Connection());
+    EXPECT_EQ(1, m_Place.Run(counted));
+    host->Close();
+}
+
+TEST_F(Setup, FreshStatisticsOfADatabaseThatIsNotThereAreRefused) {
+    EXPECT_NE(L"", ErrorOf(&sqSetup::RefreshStatistics, m_Place.Connection()));
+}
+
 TEST_F(Setup, AnUpgradeRefusesAStorageThatWasNeverCompleted) {
     sqSetup::CreateStorage(m_Place.Connection());
     m_Place.Run(L"DELETE FROM SCHEMA_INFO");
