@@ -1,8 +1,9 @@
-// Runs a program and keeps what it said.
+// Runs a program and keeps what it said. A program ends with the thread that started it at the latest.
 #pragma once
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace sqCliTest {
@@ -20,8 +21,36 @@ using Environment = std::vector<std::string>;
 tagEnd RunProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                   const Environment& environment, const std::filesystem::path& folder);
 
+// The standard output goes to that file and is not read back: Output is empty.
+tagEnd RunProgramInto(const std::filesystem::path& output, const std::filesystem::path& program,
+                      const std::vector<std::string>& arguments, const Environment& environment,
+                      const std::filesystem::path& folder);
+
 // With both streams on a terminal of its own; everything is in Output.
 tagEnd RunInTerminal(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                      const Environment& environment);
+
+// A program that goes on until it is told to end. What it says is read as it comes; it is killed with this object.
+class CRunningProgram {
+public:
+    CRunningProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                    const Environment& environment);
+    ~CRunningProgram();
+    CRunningProgram(const CRunningProgram&) = delete;
+    CRunningProgram& operator=(const CRunningProgram&) = delete;
+
+    // Returns once the text stands in what it said on the standard error stream. False when it ended before.
+    bool AwaitError(std::string_view text);
+    void Signal(int signal) const;
+    // Returns once it uses no processor. False when it has used a second of it before that.
+    [[nodiscard]] bool AwaitRest() const;
+    tagEnd Wait();
+
+private:
+    int m_Output;
+    int m_ErrorStream;
+    std::string m_Errors;
+    int m_Process; // 0 once it has been waited for
+};
 
 } // namespace sqCliTest

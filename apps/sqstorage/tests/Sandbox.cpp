@@ -84,16 +84,24 @@ tagEnd Sandbox::RunBare(const std::vector<std::string>& arguments) {
     return RunProgram(SQ_PROGRAM, arguments, MakeEnvironment(), Folder());
 }
 
-tagEnd Sandbox::Run(const std::vector<std::string>& arguments) {
+std::vector<std::string> Sandbox::WithRegistry(const std::vector<std::string>& arguments) const {
     std::vector<std::string> line{"--registry", Registry().string()};
     line.insert(line.end(), arguments.begin(), arguments.end());
-    return RunBare(line);
+    return line;
+}
+
+tagEnd Sandbox::Run(const std::vector<std::string>& arguments) { return RunBare(WithRegistry(arguments)); }
+
+tagEnd Sandbox::RunInto(const std::filesystem::path& output, const std::vector<std::string>& arguments) {
+    return RunProgramInto(output, SQ_PROGRAM, WithRegistry(arguments), MakeEnvironment(), Folder());
+}
+
+std::unique_ptr<CRunningProgram> Sandbox::Start(const std::vector<std::string>& arguments) {
+    return std::make_unique<CRunningProgram>(SQ_PROGRAM, WithRegistry(arguments), MakeEnvironment());
 }
 
 tagEnd Sandbox::RunOnTerminal(const std::vector<std::string>& arguments) {
-    std::vector<std::string> line{"--registry", Registry().string()};
-    line.insert(line.end(), arguments.begin(), arguments.end());
-    return RunInTerminal(SQ_PROGRAM, line, MakeEnvironment());
+    return RunInTerminal(SQ_PROGRAM, WithRegistry(arguments), MakeEnvironment());
 }
 
 void Sandbox::Create() {

@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,6 +38,9 @@ protected:
 
     // With "--registry" before the arguments.
     tagEnd Run(const std::vector<std::string>& arguments);
+    // With the standard output into a file, which is not read back.
+    tagEnd RunInto(const std::filesystem::path& output, const std::vector<std::string>& arguments);
+    std::unique_ptr<CRunningProgram> Start(const std::vector<std::string>& arguments);
     tagEnd RunOnTerminal(const std::vector<std::string>& arguments);
     // The arguments as they stand.
     tagEnd RunBare(const std::vector<std::string>& arguments);
@@ -62,6 +66,7 @@ protected:
     std::map<std::string, std::string> m_Variables;
 
 private:
+    std::vector<std::string> WithRegistry(const std::vector<std::string>& arguments) const;
     Environment MakeEnvironment() const;
 
     platform::CTemporaryDirectory m_Folder;
