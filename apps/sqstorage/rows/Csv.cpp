@@ -135,6 +135,11 @@ std::vector<tagCsvRecord> ParseCsv(std::string_view bytes) {
 std::string WriteCsv(const tagRowSet& rows) {
     std::string text;
     AppendRecord(text, rows.Columns, [](const std::string& name) { return name; });
+    return text + WriteCsvRows(rows);
+}
+
+std::string WriteCsvRows(const tagRowSet& rows) {
+    std::string text;
     for (const auto& row : rows.Rows)
         AppendRecord(text, row, TextOf);
     return text;

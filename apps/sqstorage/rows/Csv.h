@@ -36,5 +36,7 @@ struct tagCsvRecord {
 
 // Header and rows.
 [[nodiscard]] std::string WriteCsv(const tagRowSet& rows);
+// The rows alone.
+[[nodiscard]] std::string WriteCsvRows(const tagRowSet& rows);
 
 } // namespace sqCli

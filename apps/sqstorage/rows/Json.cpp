@@ -63,4 +63,11 @@ std::string WriteJson(const tagRowSet& rows) {
     return text += rows.Rows.empty() ? "]\n" : "\n]\n";
 }
 
+std::string WriteJsonLines(const tagRowSet& rows) {
+    std::string text;
+    for (const auto& row : rows.Rows)
+        text += ObjectText(rows, row) + '\n';
+    return text;
+}
+
 } // namespace sqCli
