@@ -22,5 +22,6 @@ void AddExportCommand(CLI::App& program, Action& chosen);
 void AddListCommand(CLI::App& program, Action& chosen);
 void AddCheckCommand(CLI::App& program, Action& chosen);
 void AddUpgradeCommand(CLI::App& program, Action& chosen);
+void AddWatchCommand(CLI::App& program, Action& chosen);
 
 } // namespace sqCli

@@ -1,6 +1,9 @@
 // import: CSV files into the store.
+#include "ChangeLines.h"
 #include "Command.h"
 #include "apps/sqstorage/datasets/Dataset.h"
+#include "apps/sqstorage/store/ChangeKinds.h"
+#include "apps/sqstorage/store/ChangeWatch.h"
 #include "platform/file.h"
 #include "platform/text.h"
 
@@ -8,6 +11,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -43,6 +47,9 @@ Dates reach the store a whole calendar at a time. --batch asks for the same with
 every table that the store takes in batches; among the tables above that is
 holiday_dates alone, with the switch or without.
 
+With --watch the changes that the store tells its hosts of are shown as they are
+made, in the form of "sqstorage watch", and the summary behind them.
+
   sqstorage import data --dry-run      what would happen
   sqstorage import data                do it
   sqstorage import corrections/holiday_dates.csv --update
@@ -52,6 +59,7 @@ struct tagImportArguments {
     std::vector<std::string> Paths;
     tagImportOptions Options;
     bool Batch = false;
+    bool Watch = false;
 };
 
 struct tagSource {
@@ -153,9 +161,18 @@ EExitStatus Import(const tagImportArguments& arguments, const CConsole& console)
     CStore store;
     tagImportRun run{store, console, arguments.Options, {}};
     tagRowSet summary{{"FILE", "ROWS", "ADDED", "UPDATED", "UNCHANGED", "DIFFERENT", "REFUSED"}, {}};
+    CChangeLines lines(console);
+    std::optional<CChangeWatch> watch;
+    if (arguments.Watch)
+        watch.emplace(store, AllChanges, [&](ULONG change, LONG value) { lines.Tell(change, value); });
     bool good = true;
-    for (const tagSource& source : sources)
+    for (const tagSource& source : sources) {
         good = ImportFile(source, run, summary) && good;
+        // A call that failed halfway has changed something, too.
+        if (watch)
+            watch->Deliver();
+    }
+    lines.Close();
     if (arguments.Options.DryRun)
         console.Note("This was a dry run: the store is as it was.");
     console.Print(summary);
@@ -172,6 +189,7 @@ void AddImportCommand(CLI::App& program, Action& chosen) {
     command->add_flag("--dry-run", arguments->Options.DryRun, "Test everything, write nothing");
     command->add_flag("--batch", arguments->Batch, "Hand rows to the store in batches where it takes them so");
     command->add_flag("--update", arguments->Options.Update, "Change rows that differ to what the file says");
+    command->add_flag("--watch", arguments->Watch, "Show the changes as they are made");
     command->callback([arguments, &chosen] {
         chosen = [arguments](const CConsole& console) { return Import(*arguments, console); };
     });

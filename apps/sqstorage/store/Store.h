@@ -11,6 +11,7 @@
 #include "dmserver/portfolio/dmsqStorageInterface/interface/qxStorage.h"
 #include "platform/com/com_ptr.h"
 
+#include <functional>
 #include <stdexcept>
 #include <string_view>
 
@@ -38,7 +39,18 @@ public:
         ForgetFailures();
         const HRESULT status = call(*m_Storage);
         RaiseFailures(status);
+        if (m_AfterCall)
+            m_AfterCall();
         return status;
+    }
+
+    // What to do after each call that went well, from now on; null for nothing.
+    void AfterCalls(std::function<void()> action) { m_AfterCall = std::move(action); }
+
+    // Another of the storage's interfaces.
+    template <class Interface>
+    [[nodiscard]] platform::CComPtr<Interface> As() const {
+        return m_Storage.As<Interface>();
     }
 
     // All rows of a table that a select fills, with the columns it gives them.
@@ -49,6 +61,7 @@ private:
     static void RaiseFailures(HRESULT status);
 
     platform::CComPtr<IqxStorage> m_Storage;
+    std::function<void()> m_AfterCall;
 };
 
 // An empty table, to be filled for a call.
