@@ -33,6 +33,18 @@ std::wstring StoredDescription(const BugSlayerUtil::CScope& scope, const std::ws
     return stored;
 }
 
+// The texts are ready to be written. A setting that is not the symbol's own is not stored.
+CSqlText InsertStatement(const CStorage& storage, const wchar_t* TableName, LONG Symbol, const tagSymbol& row) {
+    return CSqlText(L"INSERT INTO %s "
+                    L"VALUES(%d,'%s','%s','%s','%s',%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%f,%d,%d,'%s',%d,%d,'%s','%s')",
+                    TableName, Symbol, row.SymbolName, row.SymbolRoot, row.Description, row.CUSIP, row.Category,
+                    row.Datafeed, row.Exchange, row.SettingType, row.SettingType == settingCustom ? row.Setting : 0,
+                    row.SessionType, row.CustomSession, row.TemplateSession, row.ContractMonth, row.ContractYear,
+                    row.StrikePrice, row.CallPut, row.Margin, storage.getDateString(row.ExpirationDate),
+                    row.Expired, row.ExpirationRule, storage.getDateString(row.FirstNoticeDate),
+                    storage.getDateString(row.Delivery));
+}
+
 // The root and the description go in as they are given, and a setting that is not the symbol's own leaves the
 // column alone.
 CStatement<2048> UpdateStatement(const CStorage& storage, const wchar_t* TableName, LONG Symbol,
@@ -92,15 +104,11 @@ LONG CStorage::InsertSymbol(const wchar_t* TableName, tagSymbol Row, LONG* Symbo
             const LONG key = GenerateId();
             if (!scope.Assert(key != 0, L"Symbol"))
                 return 1;
-            const CSqlText sql(
-                L"INSERT INTO %s VALUES(%d,'%s','%s','%s','%s',%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%f,%d,%d,'%s',%d,%d,"
-                L"'%s','%s')",
-                TableName, key, name.Text(), root, description, Row.CUSIP, Row.Category, Row.Datafeed, Row.Exchange,
-                Row.SettingType, Row.SettingType == settingCustom ? Row.Setting : 0, Row.SessionType,
-                Row.CustomSession, Row.TemplateSession, Row.ContractMonth, Row.ContractYear, Row.StrikePrice,
-                Row.CallPut, Row.Margin, getDateString(Row.ExpirationDate), Row.Expired, Row.ExpirationRule,
-                getDateString(Row.FirstNoticeDate), getDateString(Row.Delivery));
-            ExecuteAndNotifySymbol(scope, sql.Text(), notifyInsertSymbol, key);
+            Row.SymbolName = name.Text();
+            Row.SymbolRoot = root.c_str();
+            Row.Description = description.c_str();
+            ExecuteAndNotifySymbol(scope, InsertStatement(*this, TableName, key, Row).Text(), notifyInsertSymbol,
+                                   key);
             *Symbol = key;
             return 0;
         },

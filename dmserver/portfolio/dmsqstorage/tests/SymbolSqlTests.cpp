@@ -1,5 +1,6 @@
 // The filtered select of symbols, and symbols where the storage or its announcements are switched off.
 #include "PrivateMember.h"
+#include "RefusedClass.h"
 #include "SelectStatements.h"
 #include "SymbolFixture.h"
 #include "SymbolRecord.h"
@@ -8,6 +9,7 @@
 
 #include <functional>
 #include <stdexcept>
+#include <thread>
 
 namespace tests {
 
@@ -326,6 +328,41 @@ TEST_F(SymbolInside, AnExceptionEndsInTheOperationAndGivesNothing) {
     EXPECT_EQ(0, Storage().AddSymbol(Row(), L"CME"));
     EXPECT_FALSE(Recorder::Errors().empty());
     EXPECT_THAT(m_Changes.Take(), IsEmpty());
+}
+
+TEST_F(SymbolInside, ALookupWithoutATableSaysSoAndGivesZero) {
+    Write(101, L"ESZ09", L"d");
+    const CRefusedClass refused(IDM_dmudfcom::CLSID_dmTable, E_OUTOFMEMORY);
+    BSTR name = nullptr;
+    EXPECT_EQ(0, Storage().SelectSymbol(7, L"ESZ09", 1, 5, 0, L"", 0));
+    EXPECT_EQ(0, Storage().GetSymbolByName(7, L"ESZ09"));
+    EXPECT_EQ(0, Storage().GetSymbolByDescription(7, L"d", &name));
+    EXPECT_EQ(nullptr, name);
+    EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"IdmTable", L"IdmTable", L"IdmTable"));
+}
+
+TEST_F(SymbolInside, TextFilesGoSilentlyWhenNobodyIsToBeTold) {
+    Sql(L"INSERT INTO ASC_MAP (ID,SYMBOL) VALUES(101,4711)");
+    Storage().ascDeleteSymbol(4711, 0);
+    EXPECT_EQ(2U, Statements().size());
+    EXPECT_THAT(Sql(L"SELECT ID FROM ASC_MAP"), IsEmpty());
+    Storage().ascDeleteSymbol(4711, 1);
+    EXPECT_EQ(2U, Statements().size());
+    EXPECT_THAT(m_Changes.Take(), IsEmpty());
+    const CRefusedClass refused(IDM_dmudfcom::CLSID_dmTable, E_OUTOFMEMORY);
+    Storage().ascDeleteSymbol(4711, 1);
+    EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"IdmTable"));
+}
+
+TEST_F(SymbolInside, TextFilesWaitForTheLockOfTheStorage) {
+    Sql(L"INSERT INTO ASC_MAP (ID,SYMBOL) VALUES(101,4711)");
+    Storage().Enter();
+    std::thread other([&] { Storage().ascDeleteSymbol(4711, 1); });
+    // Whatever the other thread does meanwhile, it does not delete.
+    EXPECT_THAT(Sql(L"SELECT ID FROM ASC_MAP"), ElementsAre(tests::Row{L"101"}));
+    Storage().Leave();
+    other.join();
+    EXPECT_THAT(Sql(L"SELECT ID FROM ASC_MAP"), IsEmpty());
 }
 
 TEST_F(SymbolInside, TheDictionarysDeleteHasNoGuardOfItsOwn) {
