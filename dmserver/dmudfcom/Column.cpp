@@ -14,6 +14,7 @@ namespace {
 
 constexpr Row FirstRoom = 4;
 constexpr std::size_t CompactFrom = 65536; // bytes of texts worth packing
+constexpr Row KeptRoom = 64;               // rows that a cleared column keeps room for
 
 BYTE WidthOf(EColumnType type) {
     switch (type) {
@@ -412,7 +413,20 @@ void CColumn::Truncate(Row size) {
     m_Size = std::min(m_Size, size);
 }
 
-void CColumn::Clear() { *this = CColumn(m_Type); }
+// A table that is filled again and again with a few rows takes its memory once.
+void CColumn::Clear() {
+    if (m_Capacity > KeptRoom) {
+        m_Chunks = std::vector<tagChunk>();
+        m_Capacity = 0;
+    } else if (m_Capacity != 0) {
+        m_Chunks.front().Nulls.reset();
+    }
+    m_Size = 0;
+    m_Replaced = 0;
+    m_Compacted = 0;
+    if (m_Pool)
+        m_Pool->Clear();
+}
 
 ULONG CColumn::LongestText() const {
     ULONG longest = 0;

@@ -13,6 +13,8 @@ namespace IDM_dmudfcom {
 namespace {
 
 constexpr std::size_t MaxLengthSize = 10;
+constexpr std::size_t FirstBytes = 64;  // of the first block, at its smallest
+constexpr std::size_t KeptBytes = 1024; // of a first block that a cleared pool keeps
 
 // Seven bits a byte, the lowest first.
 std::size_t WriteLength(char* target, std::size_t length) {
@@ -87,6 +89,7 @@ CTextPool::Handle CTextPool::Intern(std::string_view text) {
         if (found != m_Handles.end())
             return *found;
         const Handle handle = Append(text);
+        m_Handles.reserve(DictionaryFrom);
         m_Handles.push_back(handle);
         if (++m_Distinct == DictionaryFrom) {
             Rehash(2 * DictionaryFrom);
@@ -173,7 +176,7 @@ std::unique_ptr<char[]> CTextPool::GrowFirstBlock(std::size_t needed) {
     tagBlock& first = m_Blocks.front();
     if (needed <= first.Size)
         return nullptr;
-    const std::size_t size = std::min(BlockSize, std::bit_ceil(std::max<std::size_t>(needed, 32)));
+    const std::size_t size = std::min(BlockSize, std::bit_ceil(std::max(needed, FirstBytes)));
     auto grown = std::make_unique_for_overwrite<char[]>(size);
     if (first.Size != 0)
         std::memcpy(grown.get(), first.Data, first.Size);
@@ -183,7 +186,14 @@ std::unique_ptr<char[]> CTextPool::GrowFirstBlock(std::size_t needed) {
     return grown;
 }
 
-void CTextPool::Clear() { *this = CTextPool(); }
+void CTextPool::Clear() {
+    CTextPool emptied;
+    if (m_Blocks.size() == 1 && m_Blocks.front().Size <= KeptBytes)
+        emptied.m_Blocks = std::move(m_Blocks);
+    m_Handles.clear();
+    emptied.m_Handles = std::move(m_Handles);
+    *this = std::move(emptied);
+}
 
 std::size_t CTextPool::MemoryUse() const {
     std::size_t size = m_Blocks.capacity() * sizeof(tagBlock) + m_Handles.capacity() * sizeof(Handle) +

@@ -27,6 +27,7 @@ public:
     // Good until the next Add.
     std::string_view At(Handle handle) const;
 
+    // Keeps the memory of a few texts for the next ones.
     void Clear();
     // Bytes of texts with their lengths, and bytes taken from the heap.
     std::size_t Bytes() const { return m_End; }

@@ -435,6 +435,63 @@ TEST_F(TableTest, ATableOfOneRowIsSmall) {
     EXPECT_LT(HeapBytes() - before, 2048U);
 }
 
+TEST_F(TableTest, ATableClearedOfAFewRowsTakesNoMemoryForAsManyAgain) {
+    AddField(L"A", EColumnType::Long);
+    AddField(L"B", EColumnType::Text);
+    const auto fill = [this](ULONG first) {
+        for (ULONG row = first; row < first + 10; ++row) {
+            m_Rows->AppendRow();
+            m_Rows->PutInteger(0, row);
+            m_Rows->PutText(1, std::to_string(row)); // short enough to need no heap itself
+        }
+    };
+    fill(0);
+    m_Table->Clear();
+    const std::size_t before = HeapAllocations();
+    fill(100);
+    EXPECT_EQ(HeapAllocations(), before);
+    std::string scratch;
+    EXPECT_EQ(m_Rows->RowCount(), 10U);
+    EXPECT_EQ(m_Rows->Integer(9, 0), 109);
+    EXPECT_EQ(m_Rows->Text(0, 1, scratch), "100");
+    EXPECT_EQ(m_Rows->Text(9, 1, scratch), "109");
+}
+
+TEST_F(TableTest, NothingOfAClearedRowIsLeftInTheOneThatTakesItsPlace) {
+    AddField(L"A", EColumnType::Long);
+    AddField(L"B", EColumnType::Text);
+    for (LONG row = 0; row < 3; ++row) {
+        m_Rows->AppendRow();
+        m_Rows->PutInteger(0, 7);
+        m_Rows->PutText(1, "seven");
+    }
+    m_Rows->SetNull(1, 0);
+    m_Rows->SetNull(1, 1);
+    m_Table->Clear();
+    for (LONG row = 0; row < 3; ++row)
+        m_Rows->AppendRow();
+    m_Rows->SetInteger(1, 0, 8);
+    m_Rows->SetText(1, 1, "eight");
+    std::string scratch;
+    EXPECT_EQ(m_Rows->Integer(1, 0), 8);
+    EXPECT_EQ(m_Rows->Text(1, 1, scratch), "eight");
+    for (const ULONG row : {0, 2})
+        for (const ULONG column : {0, 1})
+            EXPECT_TRUE(m_Rows->IsNull(row, column)) << row << column;
+}
+
+TEST_F(TableTest, ATableClearedOfManyRowsGivesTheirMemoryBack) {
+    AddField(L"A", EColumnType::Long);
+    AddField(L"B", EColumnType::Text);
+    for (ULONG row = 0; row < ManyRows; ++row) {
+        m_Rows->AppendRow();
+        m_Rows->PutInteger(0, row);
+        m_Rows->PutText(1, DistinctText(row));
+    }
+    m_Table->Clear();
+    EXPECT_LT(m_Rows->MemoryUse(), 4096U);
+}
+
 TEST_F(TableTest, AColumnNeverWrittenCostsNothingPerRow) {
     AddField(L"A", EColumnType::Long);
     AddField(L"EMPTY", EColumnType::Double);

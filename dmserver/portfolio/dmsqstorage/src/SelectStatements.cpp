@@ -87,7 +87,7 @@ CSymbolClause MakeCustomFutureClause(IdmRequest& request, LONG mode) {
 } // namespace
 
 void GetDataFeedSql(IdmRequest* Request, wchar_t* Sql, int SqlSize) {
-    if (!Request || !Sql)
+    if (!Request || !Sql || SqlSize < 1)
         return;
     LONG Datafeed = 0;
     LONG ActiveOnly = 0;

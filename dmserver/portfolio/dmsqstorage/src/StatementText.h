@@ -49,6 +49,10 @@ public:
         detail::CopyTruncated(fmt::sprintf(format, arguments...), m_Text.data() + length, Capacity - length);
     }
 
+    // For who writes the text in place, closing zero included.
+    wchar_t* Buffer() { return m_Text.data(); }
+    static constexpr int Size = static_cast<int>(Capacity);
+
     const wchar_t* Text() const { return m_Text.data(); }
     std::wstring_view View() const { return m_Text.data(); }
 

@@ -10,9 +10,9 @@ namespace sqStorage {
 void CStorage::SelectDataFeed(IdmRequest* Request, IdmTable* Table) {
     const BugSlayerUtil::CScope scope(this);
     SelectInto(scope, Request, Table, [](IdmRequest& request) {
-        wchar_t sql[1024];
-        GetDataFeedSql(&request, sql, 1024);
-        return CSqlText(L"%s", sql);
+        CSqlText sql;
+        GetDataFeedSql(&request, sql.Buffer(), CSqlText::Size);
+        return sql;
     });
 }
 
