@@ -1,0 +1,123 @@
+#include "BareDatabase.h"
+
+#include "platform/text.h"
+
+#include <cstring>
+#include <stdexcept>
+
+namespace bench {
+
+namespace {
+
+using Firebird::IMessageMetadata;
+using Firebird::IResultSet;
+using Firebird::IStatement;
+using Firebird::ITransaction;
+
+constexpr unsigned Dialect = 3;
+constexpr unsigned char Reading[] = {isc_tpb_version3, isc_tpb_read, isc_tpb_read_committed, isc_tpb_rec_version};
+constexpr unsigned char Writing[] = {isc_tpb_version3, isc_tpb_write, isc_tpb_read_committed, isc_tpb_rec_version};
+constexpr unsigned char Connection[] = {
+    isc_dpb_version1, isc_dpb_lc_ctype, 4, 'U', 'T', 'F', '8', isc_dpb_user_name, 6, 'S', 'Y', 'S', 'D', 'B', 'A'};
+
+unsigned LengthOf(std::string_view text) { return static_cast<unsigned>(text.size()); }
+
+} // namespace
+
+CBareDatabase::CBareDatabase(const std::wstring& path)
+    : m_Master(Firebird::fb_get_master_interface()), m_Status(m_Master->getStatus()) {
+    m_Attachment = m_Master->getDispatcher()->attachDatabase(&m_Status, platform::ToUtf8(path).c_str(),
+                                                             sizeof Connection, Connection);
+    m_Generator = StartReading();
+}
+
+CBareDatabase::~CBareDatabase() {
+    for (const auto& [sql, statement] : m_Prepared)
+        statement->free(&m_Status);
+    m_Generator->commit(&m_Status);
+    m_Attachment->detach(&m_Status);
+    m_Status.dispose();
+}
+
+ITransaction* CBareDatabase::StartReading() {
+    return m_Attachment->startTransaction(&m_Status, sizeof Reading, Reading);
+}
+
+ITransaction* CBareDatabase::StartWriting() {
+    return m_Attachment->startTransaction(&m_Status, sizeof Writing, Writing);
+}
+
+IStatement& CBareDatabase::Prepared(ITransaction* transaction, const std::string& sql) {
+    IStatement*& statement = m_Prepared[sql];
+    if (!statement)
+        statement = m_Attachment->prepare(&m_Status, transaction, LengthOf(sql), sql.c_str(), Dialect,
+                                          IStatement::PREPARE_PREFETCH_METADATA);
+    return *statement;
+}
+
+int CBareDatabase::ReadAll(IResultSet* rows, IMessageMetadata* metadata, int* count) {
+    m_Row.resize(metadata->getMessageLength(&m_Status));
+    const unsigned offset = metadata->getOffset(&m_Status, 0);
+    metadata->release();
+    int value = 0;
+    int read = 0;
+    for (; rows->fetchNext(&m_Status, m_Row.data()) == Firebird::IStatus::RESULT_OK; ++read)
+        std::memcpy(&value, m_Row.data() + offset, sizeof value);
+    rows->close(&m_Status);
+    if (count)
+        *count = read;
+    return value;
+}
+
+int CBareDatabase::GenerateId() {
+    IStatement& statement = Prepared(m_Generator, "SELECT * FROM GENERATE_ID(1)");
+    IMessageMetadata* metadata = statement.getOutputMetadata(&m_Status);
+    return ReadAll(statement.openCursor(&m_Status, m_Generator, nullptr, nullptr, metadata, 0), metadata, nullptr);
+}
+
+int CBareDatabase::Select(const std::string& sql, int* count) {
+    ITransaction* transaction = StartReading();
+    IStatement& statement = Prepared(transaction, sql);
+    IMessageMetadata* metadata = statement.getOutputMetadata(&m_Status);
+    const int value =
+        ReadAll(statement.openCursor(&m_Status, transaction, nullptr, nullptr, metadata, 0), metadata, count);
+    transaction->commit(&m_Status);
+    return value;
+}
+
+int CBareDatabase::SelectOnce(std::string_view sql) {
+    ITransaction* transaction = StartReading();
+    IResultSet* rows = m_Attachment->openCursor(&m_Status, transaction, LengthOf(sql), sql.data(), Dialect, nullptr,
+                                                nullptr, nullptr, nullptr, 0);
+    const int value = ReadAll(rows, rows->getMetadata(&m_Status), nullptr);
+    transaction->commit(&m_Status);
+    return value;
+}
+
+void CBareDatabase::Write(std::string_view sql) {
+    ITransaction* transaction = StartWriting();
+    m_Attachment->execute(&m_Status, transaction, LengthOf(sql), sql.data(), Dialect, nullptr, nullptr, nullptr,
+                          nullptr);
+    transaction->commit(&m_Status);
+}
+
+void CBareDatabase::WriteRows(const std::string& sql, std::span<const std::vector<Value>> rows) {
+    ITransaction* transaction = StartWriting();
+    IStatement& statement = Prepared(transaction, sql);
+    IMessageMetadata* metadata = statement.getInputMetadata(&m_Status);
+    m_Row.resize(metadata->getMessageLength(&m_Status));
+    for (const std::vector<Value>& row : rows) {
+        for (unsigned column = 0; column < row.size(); ++column) {
+            const std::int16_t isNull = row[column] ? 0 : -1;
+            const std::int32_t value = row[column].value_or(0);
+            std::memcpy(m_Row.data() + metadata->getNullOffset(&m_Status, column), &isNull, sizeof isNull);
+            if (!isNull)
+                std::memcpy(m_Row.data() + metadata->getOffset(&m_Status, column), &value, sizeof value);
+        }
+        statement.execute(&m_Status, transaction, metadata, m_Row.data(), nullptr, nullptr);
+    }
+    metadata->release();
+    transaction->commit(&m_Status);
+}
+
+} // namespace bench

@@ -1,0 +1,56 @@
+// The engine's own object interface without anything of ours, in its best form: what comes again is prepared once,
+// what only reads runs in a read-only transaction, what writes in one of its own.
+//
+// One thread at a time. A refused statement raises Firebird::FbException.
+#pragma once
+
+#include <firebird/Interface.h>
+#include <initializer_list>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace bench {
+
+// A bound value: whole numbers and days, or null.
+using Value = std::optional<std::int32_t>;
+
+class CBareDatabase {
+public:
+    explicit CBareDatabase(const std::wstring& path);
+    ~CBareDatabase();
+    CBareDatabase(const CBareDatabase&) = delete;
+    CBareDatabase& operator=(const CBareDatabase&) = delete;
+
+    // The next key, in a transaction that stays open.
+    int GenerateId();
+    // All rows of a statement that comes again. The first column of the last row, 0 without rows; the number of
+    // rows goes to `count`.
+    int Select(const std::string& sql, int* count = nullptr);
+    // The same of a statement that does not come again.
+    int SelectOnce(std::string_view sql);
+    // Runs a statement that does not come again.
+    void Write(std::string_view sql);
+    // Runs a statement that comes again, once for each row of values, all in one transaction.
+    void WriteRows(const std::string& sql, std::span<const std::vector<Value>> rows);
+
+private:
+    using Status = Firebird::ThrowStatusWrapper;
+
+    Firebird::ITransaction* StartReading();
+    Firebird::ITransaction* StartWriting();
+    Firebird::IStatement& Prepared(Firebird::ITransaction* transaction, const std::string& sql);
+    int ReadAll(Firebird::IResultSet* rows, Firebird::IMessageMetadata* metadata, int* count);
+
+    Firebird::IMaster* m_Master;
+    Status m_Status;
+    Firebird::IAttachment* m_Attachment = nullptr;
+    Firebird::ITransaction* m_Generator = nullptr;
+    std::map<std::string, Firebird::IStatement*> m_Prepared;
+    std::vector<unsigned char> m_Row;
+};
+
+} // namespace bench
