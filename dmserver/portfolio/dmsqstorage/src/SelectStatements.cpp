@@ -107,7 +107,7 @@ void SelectSymbol(LONG Mode, IdmRequest* Request, wchar_t* Sql, int SqlSize, con
     const BugSlayerUtil::CScope scope;
     // Both are checked, so that both are reported.
     const bool hasRequest = scope.Assert(Request != nullptr, L"Request");
-    if (!scope.Assert(TableName != nullptr, L"TableName") || !hasRequest || !Sql)
+    if (!scope.Assert(TableName != nullptr, L"TableName") || !hasRequest || !Sql || SqlSize < 1)
         return;
     const wchar_t* const columns =
         FullColumns != 0

@@ -18,7 +18,7 @@ constexpr bool IsNoSymbol(LONG Symbol) { return Symbol == 0 || Symbol == -1; }
 // filters unless it is negative, an exchange and a data feed when they are above 0. Symbols whose exchange or data
 // feed is gone do not come. `FullColumns` not 0 gives whole rows, 0 what a list shows. `Sql` is cut at `SqlSize`
 // characters; that takes a name far longer than any that is stored. A null request or table name is reported, and
-// `Sql` stays as it was; a null `Sql` is left alone. A filter of more than 1023 characters raises
+// `Sql` stays as it was, and so does one without room. A filter of more than 1023 characters raises
 // std::length_error.
 void SelectSymbol(LONG Mode, IDM_dmudfcom::IdmRequest* Request, wchar_t* Sql, int SqlSize, const wchar_t* TableName,
                   int FullColumns);

@@ -106,9 +106,9 @@ void CStorage::SelectDictionary(LONG Mode, IdmRequest* Request, IdmTable* Table)
                 L"P.MARGIN,P.EXPIRATION_DATE,P.EXPIRED,P.EXPIRATION_RULE,P.FIRST_NOTICE_DATE,P.DELIVERY "
                 L"FROM DICTIONARY P WHERE P.SYMBOL=%d ORDER BY P.SYMBOL_NAME",
                 Symbol);
-        wchar_t sql[1024];
-        sqStorage::SelectSymbol(Mode, &request, sql, 1024, L"DICTIONARY", 1);
-        return CSqlText(L"%s", sql);
+        CSqlText sql;
+        sqStorage::SelectSymbol(Mode, &request, sql.Buffer(), CSqlText::Size, L"DICTIONARY", 1);
+        return sql;
     });
 }
 

@@ -182,6 +182,8 @@ TEST_F(SymbolSql, ANullRequestOrTableNameIsReportedAndTheBufferStays) {
     sqStorage::SelectSymbol(Mode, nullptr, sql, 10, nullptr, 0);
     EXPECT_STREQ(L"as it was", sql);
     sqStorage::SelectSymbol(Mode, m_Request.Get(), nullptr, 10, L"PORTFOLIO", 0);
+    sqStorage::SelectSymbol(Mode, m_Request.Get(), sql, 0, L"PORTFOLIO", 0);
+    EXPECT_STREQ(L"as it was", sql);
 }
 
 TEST_F(SymbolSql, TheStatementIsCutAtTheSizeOfTheBuffer) {
