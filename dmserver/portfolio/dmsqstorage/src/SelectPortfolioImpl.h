@@ -23,18 +23,18 @@ using IDM_dmudfcom::tagSharedText;
 // A text goes from one table into another's column as it is stored, in UTF-8.
 struct tagExchange {
     LONG Exchange = 0;
-    tagSharedText Name;
+    tagSharedText Name = {};
     LONG Setting = 0;
     LONG Session = 0;
-    tagSharedText TimeZoneInformation;
+    tagSharedText TimeZoneInformation = {};
     LONG Bias = 0;
     // The same text for the column of the sessions' zones.
-    tagSharedText SessionsTimeZoneInformation;
+    tagSharedText SessionsTimeZoneInformation = {};
 };
 
 struct tagDataFeed {
     LONG DataFeed = 0;
-    tagSharedText Name;
+    tagSharedText Name = {};
 };
 
 struct tagSetting {
@@ -61,8 +61,8 @@ struct tagSession {
     LONG Session = 0;
     LONG SessionType = 0;
     LONG TimeZone = 0; // 0 that of this machine, 1 GMT, 2 that of the exchange
-    std::vector<tagSessionDetails> Details;
-    mutable tagSharedText SessionsString; // empty until a symbol first needs it
+    std::vector<tagSessionDetails> Details = {};
+    mutable tagSharedText SessionsString = {}; // empty until a symbol first needs it
 };
 
 using Exchanges = std::map<LONG, tagExchange>;

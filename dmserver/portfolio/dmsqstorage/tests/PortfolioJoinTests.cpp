@@ -1,0 +1,257 @@
+// The join of the whole portfolio from inside: its statements, their one transaction, the lookups and the sessions
+// string.
+#include "PortfolioRows.h"
+#include "SelectPortfolioImpl.h"
+
+#include "PortfolioFixture.h"
+#include "WatchedDatabase.h"
+#include "diagnostics/interface/CrashCatchers.h"
+#include "platform/crash.h"
+
+#include <algorithm>
+#include <limits>
+#include <stdexcept>
+
+namespace {
+
+using namespace select_portfolio_impl;
+using namespace tests;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+TEST(PortfolioLookup, AKeyGivesItsEntry) {
+    const Settings settings{{3, {.Setting = 3, .PriceScale = 100}}, {7, {.Setting = 7, .PriceScale = 32}}};
+    EXPECT_EQ(100, _get_impl(settings, 3).PriceScale);
+    EXPECT_EQ(&settings.at(7), &_get_impl(settings, 7));
+}
+
+template <class T>
+void ExpectMissing(const std::map<LONG, T>& map, LONG id) {
+    Recorder::Clear();
+    try {
+        _get_impl(map, id);
+        ADD_FAILURE() << id;
+    } catch (const std::exception& error) {
+        EXPECT_EQ(typeid(std::exception), typeid(error));
+    }
+    EXPECT_THAT(Recorder::Messages(), ElementsAre(L"[WARNING]: Id " + std::to_wstring(id) + L" not found"));
+}
+
+TEST(PortfolioLookup, AMissingKeyIsWarnedOfAndRaised) {
+    const DataFeeds feeds{{3, {}}, {7, {}}};
+    for (const LONG id : {-1, 0, 4, 8})
+        ExpectMissing(feeds, id);
+    ExpectMissing(Exchanges(), 1);
+    ExpectMissing(Settings(), 0);
+    ExpectMissing(Sessions(), std::numeric_limits<LONG>::min());
+}
+
+TEST(PortfolioLookup, TheEntryAtHandIsThatOfTheKeyAskedFor) {
+    const DataFeeds feeds{{0, {.DataFeed = 0}}, {3, {.DataFeed = 3}}, {7, {.DataFeed = 7}}};
+    CLastEntry<tagDataFeed> last(feeds);
+    for (const LONG id : {0, 3, 3, 7, 3, 0})
+        EXPECT_EQ(id, last.Get(id).DataFeed);
+    EXPECT_THROW(last.Get(4), std::exception);
+    EXPECT_EQ(0, last.Get(0).DataFeed) << "a failed lookup leaves the entry at hand";
+    EXPECT_THROW(last.Get(4), std::exception);
+}
+
+std::wstring Write(std::vector<tagSessionDetails> details) {
+    return MakeSessionsString({.Session = 9, .Details = std::move(details)});
+}
+
+TEST(SessionsString, ASessionWithoutDetailsIsTheCountAndTheColon) { EXPECT_EQ(L"0:", Write({})); }
+
+TEST(SessionsString, ADetailIsItsStartItsEndAndTheValuesSixSevenFive) {
+    EXPECT_EQ(L"1:1950,2355,6,7,5;", Write({{9, 1, 30600, 1, 54900, 5, 6, 7}}));
+    EXPECT_EQ(L"2:1950,2355,6,7,5;0,1,0,0,0;",
+              Write({{9, 1, 30600, 1, 54900, 5, 6, 7}, {9, 0, 0, 0, 60, 0, 0, 0}}));
+}
+
+TEST(SessionsString, SecondsAreCutOffTheMinutes) {
+    EXPECT_EQ(L"1:1440,2879,0,0,0;", Write({{9, 1, 59, 1, 86399, 0, 0, 0}}));
+}
+
+TEST(SessionsString, ANumberHasUpToSevenDigits) {
+    EXPECT_EQ(L"1:9999999,9999999,9999999,9999999,9999999;",
+              Write({{9, 6944, 38340, 6944, 38399, 9999999, 9999999, 9999999}}));
+    const LONG most = std::numeric_limits<LONG>::max();
+    for (const tagSessionDetails& detail : {tagSessionDetails{9, 6944, 38400, 0, 0, 0, 0, 0},
+                                            {9, 0, 0, most, most, 0, 0, 0},
+                                            {9, 0, 0, 0, 0, 10000000, 0, 0},
+                                            {9, 0, 0, 0, 0, 0, 10000000, 0},
+                                            {9, 0, 0, 0, 0, 0, 0, 10000000}})
+        EXPECT_THROW(Write({detail}), std::length_error);
+}
+
+TEST(SessionsString, ANegativeNumberHasNoSignAndSoTooManyDigits) {
+    const LONG least = std::numeric_limits<LONG>::min();
+    for (const tagSessionDetails& detail : {tagSessionDetails{9, -1, 0, 0, 0, 0, 0, 0},
+                                            {9, least, least, 0, 0, 0, 0, 0},
+                                            {9, 0, -60, 0, 0, 0, 0, 0},
+                                            {9, 0, 0, -1, 0, 0, 0, 0},
+                                            {9, 0, 0, 0, 0, -1, 0, 0},
+                                            {9, 0, 0, 0, 0, 0, -1, 0},
+                                            {9, 0, 0, 0, 0, 0, 0, -1}})
+        EXPECT_THROW(Write({detail}), std::length_error);
+}
+
+TEST(SessionsString, ATextHasUpTo511Characters) {
+    std::vector<tagSessionDetails> details(22, {9, 6944, 0, 6944, 0, 10, 0, 0}); // with "22:" 509 characters
+    EXPECT_EQ(509U, Write(details).size());
+    details.front().Value6 = 100;
+    EXPECT_EQ(511U, Write(details).size());
+    details.front().Value6 = 1000;
+    EXPECT_THROW(Write(details), std::length_error);
+}
+
+std::wstring g_Refused;
+
+TEST(SessionsString, WhatDoesNotFitIsReportedAsAnInvalidParameter) {
+    const auto before = platform::SetInvalidParameterHandler([](const platform::tagInvalidParameter& refused) {
+        g_Refused += std::wstring(refused.Function) + L": " + refused.Expression + L"; ";
+    });
+    EXPECT_THROW(Write({{9, -1, 0, 0, 0, 0, 0, 0}}), std::length_error);
+    EXPECT_THROW(Write(std::vector<tagSessionDetails>(60)), std::length_error);
+    platform::SetInvalidParameterHandler(before);
+    EXPECT_EQ(L"select_portfolio_impl::MakeSessionsString: the number fits its buffer; "
+              L"select_portfolio_impl::MakeSessionsString: the sessions string fits its buffer; ",
+              g_Refused);
+}
+
+TEST(SessionsString, WhatDoesNotFitNamesTheSession) {
+    try {
+        Write({{9, -1, 0, 0, 0, 0, 0, 0}});
+        ADD_FAILURE();
+    } catch (const std::length_error& error) {
+        EXPECT_STREQ(
+            "a detail of session 9 has a negative value or one of more than seven digits; correct the details "
+            "of the session",
+            error.what());
+    }
+    try {
+        Write(std::vector<tagSessionDetails>(60));
+        ADD_FAILURE();
+    } catch (const std::length_error& error) {
+        EXPECT_STREQ("session 9 has more details than fit into a text of 511 characters; remove some of them",
+                     error.what());
+    }
+}
+
+class PortfolioJoin : public HostTest {
+protected:
+    PortfolioJoin() {
+        Write({L"DELETE FROM PORTFOLIO", L"DELETE FROM DATA_FEEDS", L"DELETE FROM EXCHANGES",
+               L"DELETE FROM SETTINGS", L"DELETE FROM SESSIONS", L"DELETE FROM SESSION_DETAILS"});
+        Recorder::Clear();
+    }
+    static void Write(const std::vector<std::wstring>& statements) { tests::Write(Host(), statements); }
+    static void WritePortfolio(const std::vector<tagSymbolRow>& symbols) {
+        std::vector<std::wstring> statements{std::begin(References), std::end(References)};
+        for (const tagSymbolRow& symbol : symbols)
+            statements.push_back(symbol.Insert());
+        Write(statements);
+    }
+
+    CComPtr<IdmTable> Select() {
+        auto table = NewTable();
+        CSelectPortfolioHelper(m_Database.Get()).SelectAllPortfolio(table.Get());
+        return table;
+    }
+
+    tagWatch m_Watch;
+    const CComPtr<IDM_dmFirebird::IdmDatabase> m_Database =
+        platform::MakeObject<CWatchedDatabase>(Host().OpenDatabase(), m_Watch);
+};
+
+constexpr const wchar_t* ExchangesSql =
+    L"SELECT EXCHANGE, EXCHANGE_NAME, SETTING, SESSION, USE_DAYLIGHT, BIAS, STANDARD_BIAS, STANDARD_MONTH, "
+    L"STANDARD_DAY_OF_WEEK, STANDARD_DAY, STANDARD_TIME, DAYLIGHT_BIAS, DAYLIGHT_MONTH, DAYLIGHT_DAY_OF_WEEK, "
+    L"DAYLIGHT_DAY, DAYLIGHT_TIME FROM EXCHANGES";
+constexpr const wchar_t* SymbolsSql =
+    L"SELECT SYMBOL,SYMBOL_NAME,SYMBOL_ROOT,DESCRIPTION,CUSIP,CATEGORY,DATA_FEED,EXCHANGE,SETTING_TYPE,SETTING,"
+    L"SESSION_TYPE,CUSTOM_SESSION,TEMPLATE_SESSION,CONTRACT_MONTH,CONTRACT_YEAR,CAST(STRIKE_PRICE AS FLOAT) AS "
+    L"STRIKE_PRICE,CALL_PUT,MARGIN,EXPIRATION_DATE,EXPIRED,EXPIRATION_RULE,FIRST_NOTICE_DATE,DELIVERY FROM "
+    L"PORTFOLIO "
+    L"ORDER BY SYMBOL_NAME";
+
+TEST_F(PortfolioJoin, SixStatementsRunInOneSnapshotAlsoForAnEmptyPortfolio) {
+    Select();
+    EXPECT_THAT(m_Watch.Calls, ElementsAre(L"transaction", L"begin 1", ExchangesSql,
+                                           L"SELECT DATA_FEED, DATA_FEED_NAME FROM DATA_FEEDS",
+                                           L"SELECT * FROM SETTINGS", L"SELECT * FROM SESSIONS",
+                                           L"SELECT * FROM SESSION_DETAILS", SymbolsSql, L"finish", L"gone"));
+}
+
+TEST_F(PortfolioJoin, TheTransactionGoesWithAFailedWalkToo) {
+    WritePortfolio({{.Exchange = 77}});
+    EXPECT_THROW(Select(), std::exception);
+    EXPECT_THAT(m_Watch.Calls, Contains(SymbolsSql));
+    EXPECT_EQ(L"gone", m_Watch.Calls.back());
+    EXPECT_EQ(1, std::ranges::count(m_Watch.Calls, L"transaction"));
+}
+
+TEST_F(PortfolioJoin, AllStatementsSeeOneStateOfTheData) {
+    WritePortfolio({{.Symbol = 1}});
+    // Another one writes between the first statement and the last.
+    m_Watch.BeforeStatement = [](const std::wstring& sql) {
+        if (sql == SymbolsSql)
+            Write({L"INSERT INTO SETTINGS VALUES(500,1,1,1,1)",
+                   tagSymbolRow{.Symbol = 2, .Name = L"A", .SettingType = 0, .Setting = 500}.Insert(),
+                   L"UPDATE PORTFOLIO SET SETTING_TYPE=0, SETTING=500"});
+    };
+    const auto table = Select();
+    EXPECT_THAT(Column(table, L"SYMBOL"), ElementsAre(L"1"));
+    EXPECT_THAT(Column(table, L"SETTING"), ElementsAre(L"100"));
+    EXPECT_THAT(Recorder::Messages(), IsEmpty());
+}
+
+TEST_F(PortfolioJoin, TheSelectionIsAScopeOfItsOwn) {
+    Select();
+    const auto records = Recorder::RecordsOf(L"TRACE");
+    EXPECT_TRUE(std::ranges::any_of(records, [](const Recorder::tagRecord& record) {
+        return record.Ident == 1 &&
+               record.Function == L"select_portfolio_impl::CSelectPortfolioHelper::SelectAllPortfolio";
+    }));
+}
+
+TEST_F(PortfolioJoin, AHelperMayServeAgain) {
+    WritePortfolio({{.Symbol = 1}});
+    CSelectPortfolioHelper helper(m_Database.Get());
+    for (int i = 0; i < 2; ++i) {
+        const auto table = NewTable();
+        helper.SelectAllPortfolio(table.Get());
+        EXPECT_THAT(Column(table, L"SESSIONS_STRING"), ElementsAre(ExchangeSessions));
+    }
+}
+
+TEST_F(PortfolioJoin, ARefusedStatementIsRaisedWithTheDatabasesWords) {
+    const auto closed = Host().OpenDatabase();
+    closed->Close();
+    try {
+        CSelectPortfolioHelper(closed.Get()).SelectAllPortfolio(NewTable().Get());
+        ADD_FAILURE();
+    } catch (const platform::CComError& error) {
+        EXPECT_TRUE(error.Text().starts_with(L"GetTransaction: "));
+    }
+    EXPECT_THROW(CSelectPortfolioHelper(nullptr).SelectAllPortfolio(NewTable().Get()), platform::CComError);
+}
+
+TEST_F(PortfolioJoin, DetailsKeepTheOrderInWhichTheyArrive) {
+    WritePortfolio({{.Symbol = 1}});
+    Write({L"DELETE FROM SESSION_DETAILS", L"INSERT INTO SESSION_DETAILS VALUES(200,3,0,3,60,0,0,0)",
+           L"INSERT INTO SESSION_DETAILS VALUES(201,9,0,9,60,0,0,0)",
+           L"INSERT INTO SESSION_DETAILS VALUES(200,1,0,1,60,0,0,0)",
+           L"INSERT INTO SESSION_DETAILS VALUES(200,2,0,2,60,0,0,0)"});
+    std::wstring expected = L"3:";
+    for (const Row& row : Sql(L"SELECT START_DAY FROM SESSION_DETAILS WHERE SESSION+0=200")) {
+        const int minute = std::stoi(row[0]) * 1440;
+        expected += std::to_wstring(minute) + L"," + std::to_wstring(minute + 1) + L",0,0,0;";
+    }
+    EXPECT_THAT(Column(Select(), L"SESSIONS_STRING"), ElementsAre(expected));
+}
+
+} // namespace
