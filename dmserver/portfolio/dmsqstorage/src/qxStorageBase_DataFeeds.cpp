@@ -43,6 +43,11 @@ HRESULT CqxStorageBase::UpdateDataFeed(LONG Datafeed, BSTR DataFeedName, BSTR Da
             });
 }
 
+HRESULT CqxStorageBase::get_Datafeed(LONG* Value) {
+    const BugSlayerUtil::CScope scope(this);
+    return CCallPath(scope, *this).Lookup(true, Value, [](CStorage& storage) { return storage.GetASCDataFeed(); });
+}
+
 HRESULT CqxStorageBase::GetDataFeed(BSTR DataFeedName, LONG* DataFeedId) {
     const BugSlayerUtil::CScope scope(this);
     return CCallPath(scope, *this).Lookup(IsNotEmpty(DataFeedName), DataFeedId, [&](CStorage& storage) {

@@ -18,7 +18,6 @@ HRESULT CqxStorageBase::UpdateCustomFutures(LONG, BSTR, BSTR, BSTR, BSTR, LONG, 
 HRESULT CqxStorageBase::UpdateCustomFuturesFormula(LONG, BSTR, BSTR, BSTR) { return E_NOTIMPL; }
 
 // IascStorage
-HRESULT CqxStorageBase::get_Datafeed(LONG*) { return E_NOTIMPL; }
 HRESULT CqxStorageBase::Load(IdmTable*, IdmTable*) { return E_NOTIMPL; }
 HRESULT CqxStorageBase::Save(IdmTable*, IdmTable*) { return E_NOTIMPL; }
 

@@ -182,6 +182,8 @@ public:
     // new or existing symbol; 0 when there is no such exchange.
     LONG AddSymbol(tagSymbol Row, const wchar_t* ExchangeName);
 
+    // The feed that reads text files; 0 when there is none.
+    LONG GetASCDataFeed();
     // The text files that a symbol is read from, under this object's lock. Announced only when there were some.
     void ascDeleteSymbol(LONG Symbol, int isNotify);
 

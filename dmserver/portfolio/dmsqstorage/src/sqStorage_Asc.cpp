@@ -6,6 +6,20 @@
 
 namespace sqStorage {
 
+LONG CStorage::GetASCDataFeed() {
+    const BugSlayerUtil::CScope scope(this);
+    return scope.Guard(
+        [&]() -> LONG {
+            const std::lock_guard<dm::CCriticalSection> lock(*this);
+            COutputRequest request(m_Database.Get());
+            if (request.Select(L"SELECT DATA_FEED FROM DATA_FEEDS WHERE ASCII=1") <= 0)
+                return 0;
+            request.Table()->First();
+            return FirstFieldAsLong(*request.Table());
+        },
+        LONG{0});
+}
+
 void CStorage::ascDeleteSymbol(LONG Symbol, int isNotify) {
     const BugSlayerUtil::CScope scope(this);
     scope.Guard([&] {

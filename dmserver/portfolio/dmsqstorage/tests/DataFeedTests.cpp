@@ -1,6 +1,7 @@
 #include "StorageFixture.h"
 
 #include "dmserver/dmudfcom/interface/FieldIds.h"
+#include "dmserver/portfolio/dmsqStorageInterface/interface/IascStorage.h"
 
 namespace {
 
@@ -464,6 +465,19 @@ TEST_F(DataFeeds, TheLookupByNameRefusesAnEmptyNameAndANullOutPointer) {
     EXPECT_EQ(E_INVALIDARG, m_Storage->GetDataFeed(nullptr, &key));
     EXPECT_EQ(E_INVALIDARG, m_Storage->GetDataFeed(CBstr(L"Live").Get(), nullptr));
     EXPECT_EQ(-1, key);
+}
+
+TEST_F(DataFeeds, TheFeedOfTextFilesIsTheFirstOneMarkedSo) {
+    const auto asc = m_Storage.As<IDM_qxStorage::IascStorage>();
+    LONG key = -1;
+    EXPECT_EQ(S_OK, asc->get_Datafeed(&key));
+    EXPECT_EQ(0, key);
+    EXPECT_EQ(E_INVALIDARG, asc->get_Datafeed(nullptr));
+    Insert({.Name = L"Live"});
+    const LONG text = Insert({.Name = L"Text", .IsAsc = 1});
+    Insert({.Name = L"More text", .IsAsc = 1});
+    EXPECT_EQ(S_OK, asc->get_Datafeed(&key));
+    EXPECT_EQ(text, key);
 }
 
 } // namespace
