@@ -1,9 +1,12 @@
 // check: health and consistency of the store.
 #include "Command.h"
 #include "apps/sqstorage/store/Connection.h"
+#include "apps/sqstorage/store/DataFeeds.h"
 #include "apps/sqstorage/store/DatabaseReport.h"
+#include "apps/sqstorage/store/Exchanges.h"
 #include "apps/sqstorage/store/HolidayCalendars.h"
 #include "apps/sqstorage/store/PriceSettings.h"
+#include "apps/sqstorage/store/Sessions.h"
 #include "diagnostics/interface/Trail.h"
 #include "platform/file.h"
 #include "platform/registry.h"
@@ -108,6 +111,91 @@ void CheckSettings(CStore& store, CFindings& findings) {
                                          TextOf(row.front())));
 }
 
+std::set<LONG> KeysOfSettings(CStore& store) {
+    std::set<LONG> keys;
+    for (const auto& row : SelectSettings(store).Rows)
+        keys.insert(LongOf(row.front()));
+    return keys;
+}
+
+std::set<LONG> KeysOfCalendars(CStore& store) {
+    std::set<LONG> keys{0}; // none
+    for (const tagCalendar& calendar : SelectCalendars(store))
+        keys.insert(calendar.Key);
+    return keys;
+}
+
+void CheckFeeds(CStore& store, CFindings& findings) {
+    std::map<std::string, std::size_t> names;
+    std::size_t count = 0;
+    for (const tagKeyedDataFeed& row : SelectDataFeeds(store)) {
+        ++count;
+        ++names[row.Feed.Name];
+    }
+    findings.Good("feeds", fmt::format("The store holds {} data feed(s).", count));
+    for (const auto& [name, feeds] : names)
+        if (feeds > 1)
+            findings.Problem("feeds", fmt::format("{} feeds are called \"{}\": rename all but one.", feeds, name));
+}
+
+// What the exchanges have, by what is theirs and by what they point at.
+class CExchangeCheck {
+public:
+    CExchangeCheck(CStore& store, CFindings& findings)
+        : m_Findings(findings), m_Calendars(KeysOfCalendars(store)), m_Settings(KeysOfSettings(store)),
+          m_Details(SelectSessionDetails(store)) {
+        for (tagKeyedSession& row : SelectSessions(store))
+            m_Sessions.emplace(row.Key, std::move(row.Session.Name));
+    }
+
+    void Check(const std::vector<tagKeyedExchange>& exchanges) {
+        m_Findings.Good("sessions", fmt::format("The store holds {} trading session(s).", m_Sessions.size()));
+        m_Findings.Good("exchanges", fmt::format("The store holds {} exchange(s).", exchanges.size()));
+        for (const auto& [key, exchange] : exchanges) {
+            CheckName(exchange);
+            if (!m_Calendars.contains(exchange.Holiday))
+                Problem(exchange, "has a calendar that is gone: give it another");
+            if (!m_Settings.contains(exchange.Setting))
+                Problem(exchange, "has a price setting that is gone: give it another");
+            CheckSession(exchange);
+        }
+    }
+
+private:
+    void Problem(const tagExchange& exchange, std::string_view what) {
+        m_Findings.Problem("exchanges", fmt::format("The exchange \"{}\" {}.", exchange.Name, what));
+    }
+
+    void CheckName(const tagExchange& exchange) {
+        if (!m_Names.insert(exchange.Name).second)
+            Problem(exchange, "has its name in common with another: rename one of them");
+    }
+
+    void CheckSession(const tagExchange& exchange) {
+        const auto session = m_Sessions.find(exchange.Session);
+        if (session == m_Sessions.end()) {
+            Problem(exchange, "has a session that is gone: give it another");
+            return;
+        }
+        if (!m_Details.contains(exchange.Session))
+            Problem(exchange, fmt::format("has the session \"{}\" without trading times: import "
+                                          "session_details.csv",
+                                          session->second));
+        if (const auto [user, alone] = m_Users.emplace(exchange.Session, exchange.Name); !alone)
+            Problem(exchange, fmt::format("shares its session with \"{}\", and deleting one takes it from the "
+                                          "other: give each a session of its own",
+                                          user->second));
+    }
+
+    CFindings& m_Findings;
+    std::set<LONG> m_Calendars;
+    std::set<LONG> m_Settings;
+    SessionDetails m_Details;
+    std::map<LONG, std::string> m_Sessions;
+    std::map<LONG, std::string> m_Users; // the first exchange of each session
+    std::set<std::string> m_Names;
+};
+
 void CheckDictionary(const sqSetup::tagConnection& connection, CFindings& findings) {
     if (connection.DictionaryPath.empty())
         findings.Good("dictionary", "The dictionary file is looked for in the data folder of the host program.");
@@ -130,6 +218,8 @@ void CheckStore(CFindings& findings) {
     CheckDictionary(connection, findings);
     CheckCalendars(store, findings);
     CheckSettings(store, findings);
+    CheckFeeds(store, findings);
+    CExchangeCheck(store, findings).Check(SelectExchanges(store));
 }
 
 // A store that cannot be opened is a finding like the others, and the error that every command gives.

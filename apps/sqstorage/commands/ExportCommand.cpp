@@ -14,15 +14,21 @@ namespace sqCli {
 namespace {
 
 constexpr const char* Manual = R"(
-Writes holidays.csv, holiday_dates.csv and settings.csv into DIR, which is made
-when it is missing. Files of these names that are there are replaced, each whole
-or not at all; other files are left alone.
+Writes holidays.csv, holiday_dates.csv, settings.csv, feeds.csv, sessions.csv,
+session_details.csv, exchanges.csv and currencies.csv into DIR, which is made when
+it is missing. Files of these names that are there are replaced, each whole or not
+at all; other files are left alone.
 
 The rows are sorted, texts by code point and numbers as numbers, and each is
 written once, so that an export, imported into an empty store and exported
 again, gives the same bytes. HOLIDAY_END_DATE is a column only when a date has
-an end. A row that could not be imported again, such as a date of a calendar
-that is gone, is left out with a warning.
+an end, VALUE5 to VALUE7 only when one of them is not 0. A row that could not be
+imported again, such as a date of a calendar that is gone, is left out with a
+warning. A session that has no name, or one that another has, gets a name of its
+own, with a warning, too.
+
+Of a feed the files do not tell whether it was the first of its CLSID, nor that
+there are deleted ones.
 )";
 
 EExitStatus Export(const std::string& directory, const CConsole& console) {

@@ -1,14 +1,14 @@
 // import: CSV files into the store.
 #include "ChangeLines.h"
 #include "Command.h"
-#include "apps/sqstorage/datasets/Dataset.h"
+#include "apps/sqstorage/datasets/ImportFiles.h"
 #include "apps/sqstorage/store/ChangeKinds.h"
 #include "apps/sqstorage/store/ChangeWatch.h"
-#include "platform/file.h"
-#include "platform/text.h"
+#include "apps/sqstorage/store/Connection.h"
+#include "apps/sqstorage/store/StoreFailure.h"
+#include "platform/com/com_error.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <fmt/format.h>
 #include <memory>
 #include <optional>
@@ -23,29 +23,61 @@ constexpr const char* Manual = R"(
 PATH is a CSV file, or a directory of which the files that have a known name are
 taken; others in it are left alone. The order of the paths does not matter.
 
-  holidays.csv       HOLIDAY_NAME
-  holiday_dates.csv  HOLIDAY_NAME, HOLIDAY_START_DATE,
-                     HOLIDAY_END_DATE (optional), HOLIDAY_DESCRIPTION (optional)
-  settings.csv       PRICE_SCALE, POINT_VALUE, DAILY_LIMIT, MIN_MOVEMENT
+  holidays.csv         HOLIDAY_NAME
+  holiday_dates.csv    HOLIDAY_NAME, HOLIDAY_START_DATE,
+                       HOLIDAY_END_DATE (optional), HOLIDAY_DESCRIPTION (optional)
+  settings.csv         PRICE_SCALE, POINT_VALUE, DAILY_LIMIT, MIN_MOVEMENT
+  feeds.csv            DATA_FEED_NAME, DATA_FEED_SHORT_NAME, DATA_FEED_DLL_NAME,
+                       CLSID, ASCII (optional), ACTIVE (optional)
+  sessions.csv         SESSION_NAME, SESSION_TYPE, TIME_ZONE
+  session_details.csv  SESSION_NAME, START_DAY, START_TIME, END_DAY, END_TIME,
+                       VALUE5, VALUE6, VALUE7 (all three optional)
+  exchanges.csv        EXCHANGE_NAME, DESCRIPTION (optional),
+                       HOLIDAY_NAME (optional), SESSION_NAME, PRICE_SCALE,
+                       POINT_VALUE, DAILY_LIMIT, MIN_MOVEMENT,
+                       TIME_ZONE (optional), MAP_ID (optional),
+                       EXCHANGE_TIME_ZONE_INFORMATION
+  currencies.csv       ID, CURRENCY_CODE
 
 UTF-8, commas, quotes as in RFC 4180, a header, columns in any order, dates as
-YYYY-MM-DD. A date names its calendar, which is in the store or in the same
+YYYY-MM-DD. A row names what it refers to, which is in the store or in the same
 import.
+
+SESSION_TYPE is 1 for an exchange's own session and 2 for a template that symbols
+share; 0 and 3 are for hosts. TIME_ZONE of a session says whose clock its times
+are on: 0 the local one, 1 UTC, 2 that of the exchange. Days are Sun to Sat, times
+09:30 or 09:30:15, up to 24:00. Trading past midnight ends on its END_DAY; 7 is
+the Sunday after, 8 its Monday. Session names differ by more than letter case.
+
+An exchange owns its session and its price setting, which go when it is deleted:
+give each exchange a session of its own, with the price setting in its row.
+settings.csv has the settings that belong to no exchange. The seventeen numbers
+of EXCHANGE_TIME_ZONE_INFORMATION are, as "360,0,11,0,1,02:00:00.0000,-60,3,0,2,
+02:00:00.0000" for Chicago, without the line break: the minutes to be added for
+UTC; more of them in winter; the month, weekday, week (5 is the last) and time at
+which winter time begins; more minutes in summer; and the same for summer time.
+Month 0 says that there is no change.
+
+ASCII is 1 for the one feed that reads text files, ACTIVE is 0 for a feed that is
+switched off. An empty ASCII is 0, an empty ACTIVE 1, an empty VALUE 0.
 
 A file is taken whole or not at all: all its rows are tested before the first is
 written, and each that is not good is named with file, line and reason. The
 other files are still taken; the command then ends with status 4.
 
 An import adds what the store lacks and removes nothing, so that it can be
-repeated. A row that is there is unchanged. A date on which the calendar has
-another description or end stays as it is and is counted as different; with
---update the day becomes as the file has it, other days staying. Calendars and
-settings have nothing but what they are known by, so --update does nothing to
-them.
+repeated. A row that is there is unchanged. One that the store has with other
+values stays as it is there and is counted as different; with --update it becomes
+as the file has it. Of a calendar's dates a day is compared with the day, and
+other days stay; the details of a session are compared and replaced together.
+Calendars and free settings have nothing but what they are known by, so --update
+does nothing to them.
 
-Dates reach the store a whole calendar at a time. --batch asks for the same with
-every table that the store takes in batches; among the tables above that is
-holiday_dates alone, with the switch or without.
+Dates reach the store a whole calendar at a time, and details a whole session.
+--batch asks for the same with every table that the store takes in batches; among
+the tables above there are no others.
+
+After 1000 rows or more the database counts its indexes anew.
 
 With --watch the changes that the store tells its hosts of are shown as they are
 made, in the form of "sqstorage watch", and the summary behind them.
@@ -62,112 +94,35 @@ struct tagImportArguments {
     bool Watch = false;
 };
 
-struct tagSource {
-    const IDataset* Dataset;
-    std::filesystem::path Path;
-};
+// From so many rows on, the database's counts of its indexes are worth taking anew.
+constexpr std::size_t LargeImport = 1000;
 
-bool IsCsv(const std::filesystem::path& path) { return path.extension() == ".csv"; }
-
-void AddDirectory(const std::filesystem::path& directory, const CConsole& console,
-                  std::vector<tagSource>& sources) {
-    for (const std::filesystem::path& path : platform::ListDirectory(directory)) {
-        const IDataset* dataset = IsCsv(path) ? FindDataset(path.stem().string()) : nullptr;
-        if (dataset)
-            sources.push_back({dataset, path});
-        else if (!platform::IsDirectory(path))
-            console.Note(
-                fmt::format("{} is skipped: it is none of the files that can be imported.", path.string()));
+// What is imported stays, however this ends.
+void RefreshCounts(const CConsole& console) {
+    try {
+        sqSetup::RefreshStatistics(ReadConnection());
+    } catch (const platform::CComError& error) {
+        console.Warn(
+            fmt::format("The rows are in the store, and the database did not count its indexes anew, so that "
+                        "searches may be slow until its owner does: {}",
+                        PlainSentence(error.Text())));
     }
-}
-
-void AddPath(const std::string& text, const CConsole& console, std::vector<tagSource>& sources) {
-    const std::filesystem::path path = platform::ToPath(platform::FromUtf8(text));
-    if (!platform::Exists(path))
-        throw CCommandError(EExitStatus::WrongUsage,
-                            fmt::format("There is no file or directory {}: correct the path.", text));
-    if (platform::IsDirectory(path)) {
-        AddDirectory(path, console, sources);
-        return;
-    }
-    const IDataset* dataset = IsCsv(path) ? FindDataset(path.stem().string()) : nullptr;
-    if (!dataset)
-        throw CCommandError(
-            EExitStatus::WrongUsage,
-            fmt::format("{} has none of the names that tell what a file holds: call it one of {} with "
-                        "\".csv\" behind it.",
-                        text, DatasetNames()));
-    sources.push_back({dataset, path});
-}
-
-// Each behind those it refers to.
-std::vector<tagSource> FindSources(const std::vector<std::string>& paths, const CConsole& console) {
-    std::vector<tagSource> sources;
-    for (const std::string& path : paths)
-        AddPath(path, console, sources);
-    if (sources.empty())
-        throw CCommandError(EExitStatus::Refused,
-                            fmt::format("There is nothing to import: the files are called {}, each with "
-                                        "\".csv\" behind it.",
-                                        DatasetNames()));
-    const auto datasets = Datasets();
-    std::stable_sort(sources.begin(), sources.end(), [&](const tagSource& left, const tagSource& right) {
-        return std::find(datasets.begin(), datasets.end(), left.Dataset) <
-               std::find(datasets.begin(), datasets.end(), right.Dataset);
-    });
-    return sources;
-}
-
-std::size_t CountLines(const std::vector<tagRowProblem>& problems) {
-    std::set<std::size_t> lines;
-    for (const tagRowProblem& problem : problems)
-        lines.insert(problem.Line);
-    return lines.size();
-}
-
-void TellProblems(const std::string& file, std::vector<tagRowProblem>& problems, const CConsole& console) {
-    std::stable_sort(problems.begin(), problems.end(),
-                     [](const tagRowProblem& left, const tagRowProblem& right) { return left.Line < right.Line; });
-    for (const tagRowProblem& problem : problems)
-        console.Error(fmt::format("{}:{}: {}{}", file, problem.Line, problem.Reason,
-                                  problem.Reason.ends_with('.') ? "" : "."));
-}
-
-// Adds a row to the summary; true when all rows of the file were taken.
-bool ImportFile(const tagSource& source, tagImportRun& run, tagRowSet& summary) {
-    const std::string file = source.Path.string();
-    std::vector<tagRowProblem> problems;
-    const CTableFile table(source.Path, source.Dataset->Columns(), problems);
-    tagImportCounts counts = source.Dataset->Import(run, {file, table, problems});
-    counts.Refused = CountLines(problems);
-    TellProblems(file, problems, run.Console);
-    if (counts.Refused > 0 && counts.Added + counts.Updated == 0)
-        run.Console.Warn(
-            fmt::format("Nothing is taken from {}: correct the rows named above and import it again.", file));
-    if (counts.Different > 0)
-        run.Console.Warn(
-            fmt::format("{} rows of {} differ from the store, which keeps its own: give --update to take "
-                        "those of the file.",
-                        counts.Different, file));
-    summary.Rows.push_back(
-        {file, static_cast<std::int64_t>(table.RowCount()), static_cast<std::int64_t>(counts.Added),
-         static_cast<std::int64_t>(counts.Updated), static_cast<std::int64_t>(counts.Unchanged),
-         static_cast<std::int64_t>(counts.Different), static_cast<std::int64_t>(counts.Refused)});
-    return counts.Refused == 0;
 }
 
 EExitStatus Import(const tagImportArguments& arguments, const CConsole& console) {
-    const std::vector<tagSource> sources = FindSources(arguments.Paths, console);
+    const std::vector<tagImportSource> sources = FindSources(arguments.Paths, console);
     CStore store;
     tagImportRun run{store, console, arguments.Options, {}};
-    tagRowSet summary{{"FILE", "ROWS", "ADDED", "UPDATED", "UNCHANGED", "DIFFERENT", "REFUSED"}, {}};
+    tagRowSet summary = ImportSummary();
+    tagImportCounts all;
     CChangeLines lines(console);
     std::optional<CChangeWatch> watch;
     if (arguments.Watch)
         watch.emplace(store, AllChanges, [&](ULONG change, LONG value) { lines.Tell(change, value); });
-    bool good = true;
-    for (const tagSource& source : sources) {
-        good = ImportFile(source, run, summary) && good;
+    for (const tagImportSource& source : sources) {
+        const tagImportCounts counts = ImportFile(source, run);
+        AddToSummary(summary, source, counts);
+        all += counts;
         // A call that failed halfway has changed something, too.
         if (watch)
             watch->Deliver();
@@ -175,8 +130,10 @@ EExitStatus Import(const tagImportArguments& arguments, const CConsole& console)
     lines.Close();
     if (arguments.Options.DryRun)
         console.Note("This was a dry run: the store is as it was.");
+    else if (all.Written() >= LargeImport)
+        RefreshCounts(console);
     console.Print(summary);
-    return good ? EExitStatus::Done : EExitStatus::RowsRefused;
+    return all.Refused == 0 ? EExitStatus::Done : EExitStatus::RowsRefused;
 }
 
 } // namespace

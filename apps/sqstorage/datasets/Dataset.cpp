@@ -6,8 +6,9 @@
 namespace sqCli {
 
 std::span<const IDataset* const> Datasets() {
-    static const std::array<const IDataset*, 3> datasets{&HolidaysDataset(), &HolidayDatesDataset(),
-                                                         &SettingsDataset()};
+    static const std::array datasets{&HolidaysDataset(),  &HolidayDatesDataset(), &SettingsDataset(),
+                                     &FeedsDataset(),     &SessionsDataset(),     &SessionDetailsDataset(),
+                                     &ExchangesDataset(), &CurrenciesDataset()};
     return datasets;
 }
 

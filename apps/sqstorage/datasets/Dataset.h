@@ -8,6 +8,7 @@
 #include "apps/sqstorage/store/Store.h"
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <set>
 #include <span>
@@ -19,10 +20,9 @@ namespace sqCli {
 
 struct tagListFilter {
     std::optional<std::string> Calendar;
+    std::optional<std::string> Session;
     std::optional<tagDay> From;
     std::optional<tagDay> To;
-
-    [[nodiscard]] bool IsEmpty() const { return !Calendar && !From && !To; }
 };
 
 struct tagImportOptions {
@@ -32,13 +32,17 @@ struct tagImportOptions {
 
 // What became of the rows of one file. In a dry run, what would have become of them.
 struct tagImportCounts {
+    std::size_t Rows = 0; // in the file
     std::size_t Added = 0;
     std::size_t Updated = 0;
     std::size_t Unchanged = 0;
     std::size_t Different = 0; // in the store with other values, which stay
     std::size_t Refused = 0;
 
+    [[nodiscard]] std::size_t Written() const { return Added + Updated; }
+
     tagImportCounts& operator+=(const tagImportCounts& other) {
+        Rows += other.Rows;
         Added += other.Added;
         Updated += other.Updated;
         Unchanged += other.Unchanged;
@@ -53,8 +57,13 @@ struct tagImportRun {
     CStore& Store;
     const CConsole& Console;
     tagImportOptions Options;
-    // Calendars that a dry run would have added, so that later files may refer to them.
-    std::set<std::string> PlannedCalendars;
+    // By dataset, the names of the rows that a dry run would have added, so that later files may refer to them.
+    std::map<std::string_view, std::set<std::string>> Planned;
+
+    [[nodiscard]] bool IsPlanned(std::string_view dataset, const std::string& name) const {
+        const auto names = Planned.find(dataset);
+        return names != Planned.end() && names->second.contains(name);
+    }
 };
 
 // One file of an import. `Problems` holds what is wrong so far; while there is something, nothing may be written.
@@ -68,8 +77,8 @@ class IDataset {
 public:
     [[nodiscard]] virtual std::string_view Name() const = 0;
     [[nodiscard]] virtual std::span<const tagColumnRule> Columns() const = 0;
-    // Whether "list" may narrow the rows down by calendar and dates.
-    [[nodiscard]] virtual bool HasDates() const { return false; }
+    // The options by which "list" may narrow the rows down.
+    [[nodiscard]] virtual std::span<const std::string_view> Filters() const { return {}; }
 
     // Sorted. Raises CStoreRefusal, and CCommandError for a filter that names nothing.
     [[nodiscard]] virtual tagRowSet List(CStore& store, const tagListFilter& filter) const = 0;
@@ -87,11 +96,16 @@ protected:
 [[nodiscard]] std::span<const IDataset* const> Datasets();
 // Null when there is none of that name.
 [[nodiscard]] const IDataset* FindDataset(std::string_view name);
-// "holidays, holiday_dates, settings"
+// With commas between them.
 [[nodiscard]] std::string DatasetNames();
 
 [[nodiscard]] const IDataset& HolidaysDataset();
 [[nodiscard]] const IDataset& HolidayDatesDataset();
 [[nodiscard]] const IDataset& SettingsDataset();
+[[nodiscard]] const IDataset& FeedsDataset();
+[[nodiscard]] const IDataset& SessionsDataset();
+[[nodiscard]] const IDataset& SessionDetailsDataset();
+[[nodiscard]] const IDataset& ExchangesDataset();
+[[nodiscard]] const IDataset& CurrenciesDataset();
 
 } // namespace sqCli

@@ -1,6 +1,7 @@
 // The dates of the holiday calendars; a row names its calendar.
 #include "Dataset.h"
 #include "HolidayMerge.h"
+#include "NameKeys.h"
 #include "TextRules.h"
 #include "apps/sqstorage/ExitStatus.h"
 #include "apps/sqstorage/rows/Numbers.h"
@@ -20,36 +21,24 @@ enum Rule : std::size_t { RuleName, RuleStart, RuleEnd, RuleDescription };
 constexpr std::array Rules{tagColumnRule{"HOLIDAY_NAME", true}, tagColumnRule{"HOLIDAY_START_DATE", true},
                            tagColumnRule{"HOLIDAY_END_DATE", false}, tagColumnRule{"HOLIDAY_DESCRIPTION", false}};
 
+constexpr std::array<std::string_view, 3> ListFilters{"--calendar", "--from", "--to"};
+
 struct tagNamedDate {
     std::string Calendar;
     tagHolidayDate Date;
     friend auto operator<=>(const tagNamedDate&, const tagNamedDate&) = default;
 };
 
-// Calendars by name. More than one key is an ambiguity.
-using Keys = std::map<std::string, std::vector<LONG>, std::less<>>;
-
-Keys KeysByName(CStore& store) {
-    Keys keys;
+CNameKeys KeysByName(CStore& store) {
+    CNameKeys keys("calendar", "holidays");
     for (const tagCalendar& calendar : SelectCalendars(store))
-        keys[calendar.Name].push_back(calendar.Key);
+        keys.Add(calendar.Name, calendar.Key);
     return keys;
-}
-
-// Why rows cannot belong to a calendar of that name.
-std::optional<std::string> CalendarProblem(const tagImportRun& run, const Keys& keys, const std::string& name) {
-    const auto found = keys.find(name);
-    if (found == keys.end() && !run.PlannedCalendars.contains(name))
-        return fmt::format("there is no calendar \"{}\": correct the name, or add it to holidays.csv", name);
-    if (found != keys.end() && found->second.size() > 1)
-        return fmt::format("the store has {} calendars \"{}\": rename all but one of them", found->second.size(),
-                           name);
-    return std::nullopt;
 }
 
 class CRowTest {
 public:
-    CRowTest(const tagImportRun& run, const tagImportFile& file, const Keys& keys)
+    CRowTest(const tagImportRun& run, const tagImportFile& file, const CNameKeys& keys)
         : m_Run(run), m_File(file), m_Keys(keys) {}
 
     // The dates of a good file, by calendar.
@@ -73,7 +62,7 @@ private:
             {Day(row, RuleStart), std::nullopt, std::string(m_File.Table.Value(row, RuleDescription))}};
         if (!m_File.Table.Value(row, RuleEnd).empty())
             date.Date.End = Day(row, RuleEnd);
-        Note(row, CalendarProblem(m_Run, m_Keys, date.Calendar));
+        Note(row, m_Keys.Problem(m_Run, date.Calendar));
         Note(row, TextProblem(Rules[RuleDescription].Name, date.Date.Description));
         if (date.Date.Start && date.Date.End && *date.Date.End < *date.Date.Start)
             Note(row, fmt::format("HOLIDAY_END_DATE {} is before HOLIDAY_START_DATE {}: exchange them",
@@ -102,7 +91,7 @@ private:
 
     const tagImportRun& m_Run;
     const tagImportFile& m_File;
-    const Keys& m_Keys;
+    const CNameKeys& m_Keys;
     std::map<tagNamedDate, std::size_t> m_Lines;
 };
 
@@ -166,10 +155,10 @@ class CHolidayDatesDataset final : public IDataset {
 public:
     std::string_view Name() const override { return "holiday_dates"; }
     std::span<const tagColumnRule> Columns() const override { return Rules; }
-    bool HasDates() const override { return true; }
+    std::span<const std::string_view> Filters() const override { return ListFilters; }
 
     tagRowSet List(CStore& store, const tagListFilter& filter) const override {
-        if (filter.Calendar && !KeysByName(store).contains(*filter.Calendar))
+        if (filter.Calendar && !KeysByName(store).Contains(*filter.Calendar))
             throw CCommandError(
                 EExitStatus::Refused,
                 fmt::format("There is no calendar \"{}\": see \"sqstorage list holidays\".", *filter.Calendar));
@@ -206,7 +195,7 @@ public:
     }
 
     tagImportCounts Import(tagImportRun& run, const tagImportFile& file) const override {
-        const Keys keys = KeysByName(run.Store);
+        const CNameKeys keys = KeysByName(run.Store);
         CRowTest test(run, file, keys);
         const auto wanted = test.Dates();
         tagImportCounts counts;
@@ -220,7 +209,7 @@ public:
             const tagHolidayMerge merge = MergeHolidays(before, dates, run.Options.Update);
             try {
                 if (merge.Changes() && !run.Options.DryRun)
-                    ReplaceHolidayDates(run.Store, keys.at(calendar).front(), merge.Dates, before);
+                    ReplaceHolidayDates(run.Store, keys.KeyOf(calendar), merge.Dates, before);
                 counts += merge.Counts;
             } catch (const CStoreRefusal& refusal) {
                 file.Problems.push_back(

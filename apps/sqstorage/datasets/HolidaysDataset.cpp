@@ -1,11 +1,9 @@
 // Holiday calendars, by name.
-#include "Dataset.h"
+#include "KeyedTable.h"
 #include "TextRules.h"
 #include "apps/sqstorage/store/HolidayCalendars.h"
 
 #include <array>
-#include <fmt/format.h>
-#include <map>
 
 namespace sqCli {
 
@@ -13,21 +11,41 @@ namespace {
 
 constexpr std::array Rules{tagColumnRule{"HOLIDAY_NAME", true}};
 
-// The names of a good file with the lines they stand on.
-using Names = std::map<std::string, std::size_t, std::less<>>;
+class CHolidayTable {
+public:
+    static constexpr std::string_view Noun = "calendar";
 
-Names TestRows(const tagImportFile& file) {
-    Names names;
-    for (const tagCsvRecord& row : file.Table.Rows()) {
-        const std::string name(file.Table.Value(row, 0));
-        if (const auto problem = NameProblem("HOLIDAY_NAME", name))
-            file.Problems.push_back({row.Line, *problem});
-        else if (const auto [first, fresh] = names.emplace(name, row.Line); !fresh)
-            file.Problems.push_back(
-                {row.Line, fmt::format("\"{}\" repeats line {}: remove one of them", name, first->second)});
+    struct Row {
+        std::string Name;
+        const std::string& Id() const { return Name; }
+        friend bool operator==(const Row&, const Row&) = default;
+    };
+
+    explicit CHolidayTable(CStore& store) : m_Store(store) {}
+
+    std::vector<tagStoredRow<Row>> Rows() {
+        std::vector<tagStoredRow<Row>> rows;
+        for (tagCalendar& calendar : SelectCalendars(m_Store))
+            rows.push_back({calendar.Key, {std::move(calendar.Name)}});
+        return rows;
     }
-    return names;
-}
+
+    std::optional<Row> Parse(const RowValues& values, Reasons& reasons) {
+        if (auto problem = NameProblem(Rules[0].Name, values[0])) {
+            reasons.push_back(std::move(*problem));
+            return std::nullopt;
+        }
+        return Row{std::string(values[0])};
+    }
+
+    std::vector<Cell> Cells(const Row& row) { return {row.Name}; }
+    void Insert(const Row& row) { InsertCalendar(m_Store, row.Name); }
+    // A calendar is nothing but its name.
+    void Update(const tagStoredRow<Row>&, const Row&) {}
+
+private:
+    CStore& m_Store;
+};
 
 class CHolidaysDataset final : public IDataset {
 public:
@@ -42,48 +60,11 @@ public:
     }
 
     tagRowSet Export(CStore& store, const CConsole& console) const override {
-        tagRowSet rows{{"HOLIDAY_NAME"}, {}};
-        for (const tagCalendar& calendar : SelectCalendars(store)) {
-            if (const auto problem = NameProblem("HOLIDAY_NAME", calendar.Name))
-                console.Warn(fmt::format("The calendar with the key {} is left out, because its {}.", calendar.Key,
-                                         *problem));
-            else if (rows.Rows.empty() || TextOf(rows.Rows.back().front()) != calendar.Name)
-                rows.Rows.push_back({calendar.Name});
-        }
-        return rows;
+        return ExportTable(*this, console, CHolidayTable(store));
     }
 
     tagImportCounts Import(tagImportRun& run, const tagImportFile& file) const override {
-        const Names names = TestRows(file);
-        tagImportCounts counts;
-        if (!file.Problems.empty())
-            return counts;
-        std::set<std::string> known;
-        for (const tagCalendar& calendar : SelectCalendars(run.Store))
-            known.insert(calendar.Name);
-        CProgress progress(run.Console, file.Label, names.size());
-        for (const auto& [name, line] : names) {
-            progress.Advance(1);
-            if (known.contains(name))
-                ++counts.Unchanged;
-            else
-                Add(run, file, name, line, counts);
-        }
-        return counts;
-    }
-
-private:
-    static void Add(tagImportRun& run, const tagImportFile& file, const std::string& name, std::size_t line,
-                    tagImportCounts& counts) {
-        try {
-            if (run.Options.DryRun)
-                run.PlannedCalendars.insert(name);
-            else
-                InsertCalendar(run.Store, name);
-            ++counts.Added;
-        } catch (const CStoreRefusal& refusal) {
-            file.Problems.push_back({line, fmt::format("the store refused the row. {}", refusal.what())});
-        }
+        return ImportTable(*this, run, file, CHolidayTable(run.Store));
     }
 };
 

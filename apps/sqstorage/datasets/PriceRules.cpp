@@ -1,24 +1,15 @@
 #include "PriceRules.h"
 
+#include "NumberRules.h"
 #include "apps/sqstorage/rows/Numbers.h"
 
 #include <fmt/format.h>
-#include <limits>
 
 namespace sqCli {
 
 namespace {
 
 using Reasons = std::vector<std::string>;
-
-std::optional<LONG> ParseWhole(std::string_view column, std::string_view text, Reasons& reasons) {
-    const auto value = ParseInteger(text);
-    if (value && *value >= 1 && *value <= std::numeric_limits<LONG>::max())
-        return static_cast<LONG>(*value);
-    reasons.push_back(fmt::format("{} is \"{}\": give a whole number from 1 to {}", column, text,
-                                  std::numeric_limits<LONG>::max()));
-    return std::nullopt;
-}
 
 // What reads back when this value was written: the store writes six decimals and keeps a float.
 float AsKept(double value) {
@@ -48,9 +39,9 @@ std::optional<float> ParsePrice(std::string_view column, std::string_view text, 
 } // namespace
 
 std::optional<tagPriceSetting> ParseSetting(const std::array<std::string_view, 4>& values, Reasons& reasons) {
-    const auto scale = ParseWhole(PriceColumns[0].Name, values[0], reasons);
+    const auto scale = ParseWhole(PriceColumns[0].Name, values[0], 1, LargestLong, reasons);
     const auto point = ParsePrice(PriceColumns[1].Name, values[1], reasons);
-    const auto limit = ParseWhole(PriceColumns[2].Name, values[2], reasons);
+    const auto limit = ParseWhole(PriceColumns[2].Name, values[2], 1, LargestLong, reasons);
     const auto movement = ParsePrice(PriceColumns[3].Name, values[3], reasons);
     if (!scale || !point || !limit || !movement)
         return std::nullopt;

@@ -1,6 +1,8 @@
-// Price settings. A setting has no name: what it says is what it is known by.
+// Price settings that belong to nobody. A setting has no name: what it says is what it is known by. One that an
+// exchange owns stands in the exchange's row.
 #include "Dataset.h"
 #include "PriceRules.h"
+#include "apps/sqstorage/store/Exchanges.h"
 #include "apps/sqstorage/store/PriceSettings.h"
 
 #include <fmt/format.h>
@@ -35,6 +37,16 @@ std::optional<tagPriceSetting> SettingOf(const std::vector<Cell>& row, std::vect
     return ParseSetting({texts[0], texts[1], texts[2], texts[3]}, reasons);
 }
 
+// As SelectSettings gives them.
+std::vector<std::vector<Cell>> FreeSettings(CStore& store) {
+    std::set<LONG> owned;
+    for (const tagKeyedExchange& row : SelectExchanges(store))
+        owned.insert(row.Exchange.Setting);
+    auto rows = SelectSettings(store).Rows;
+    std::erase_if(rows, [&](const std::vector<Cell>& row) { return owned.contains(LongOf(row.front())); });
+    return rows;
+}
+
 class CSettingsDataset final : public IDataset {
 public:
     std::string_view Name() const override { return "settings"; }
@@ -46,7 +58,7 @@ public:
         tagRowSet rows;
         for (const tagColumnRule& rule : PriceColumns)
             rows.Columns.emplace_back(rule.Name);
-        for (const auto& row : SelectSettings(store).Rows) {
+        for (const auto& row : FreeSettings(store)) {
             std::vector<std::string> reasons;
             const std::vector<Cell> cells(row.begin() + 1, row.end());
             if (!SettingOf(row, reasons))
@@ -65,7 +77,7 @@ public:
             return counts;
         std::set<tagPriceSetting> known;
         std::vector<std::string> ignored;
-        for (const auto& row : SelectSettings(run.Store).Rows)
+        for (const auto& row : FreeSettings(run.Store))
             if (const auto setting = SettingOf(row, ignored))
                 known.insert(*setting);
         CProgress progress(run.Console, file.Label, settings.size());

@@ -40,6 +40,8 @@ std::string Quoted(std::string_view text) {
 std::string ValueText(const Cell& cell) {
     if (std::holds_alternative<tagNull>(cell))
         return "null";
+    if (std::holds_alternative<tagWeekday>(cell) || std::holds_alternative<tagClockTime>(cell))
+        return std::to_string(IntegerOf(cell));
     return IsNumber(cell) ? TextOf(cell) : Quoted(TextOf(cell));
 }
 

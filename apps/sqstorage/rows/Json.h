@@ -7,7 +7,7 @@
 
 namespace sqCli {
 
-// Numbers as numbers, days as "YYYY-MM-DD", null and the null day as null.
+// Numbers as numbers, weekdays and times too, days as "YYYY-MM-DD", null and the null day as null.
 [[nodiscard]] std::string WriteJson(const tagRowSet& rows);
 // The objects without the array, one a line: for rows that come one by one.
 [[nodiscard]] std::string WriteJsonLines(const tagRowSet& rows);

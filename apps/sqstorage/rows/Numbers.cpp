@@ -1,5 +1,6 @@
 #include "Numbers.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
@@ -23,6 +24,8 @@ std::optional<Number> ParseWhole(std::string_view text, Format... format) {
         return std::nullopt;
     return value;
 }
+
+constexpr std::array<std::string_view, 7> WeekdayNames{"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
 
 bool AreDigits(std::string_view text) { return text.find_first_not_of("0123456789") == std::string_view::npos; }
 
@@ -74,6 +77,44 @@ std::optional<tagDay> ParseDay(std::string_view text, std::string& reason) {
         return std::nullopt;
     }
     return result;
+}
+
+std::string WeekdayText(tagWeekday day) {
+    const auto number = static_cast<std::size_t>(day.Number);
+    return number < WeekdayNames.size() ? std::string(WeekdayNames[number]) : std::to_string(day.Number);
+}
+
+std::optional<tagWeekday> ParseWeekday(std::string_view text) {
+    const auto name = std::find(WeekdayNames.begin(), WeekdayNames.end(), text);
+    if (name != WeekdayNames.end())
+        return tagWeekday{static_cast<std::int32_t>(name - WeekdayNames.begin())};
+    const auto number = ParseInteger(text);
+    if (!number || *number < 7 || *number > 13)
+        return std::nullopt;
+    return tagWeekday{static_cast<std::int32_t>(*number)};
+}
+
+std::string ClockText(tagClockTime time) {
+    const std::int32_t minutes = time.Seconds / 60;
+    const std::string text = fmt::format("{:02}:{:02}", minutes / 60, minutes % 60);
+    return time.Seconds % 60 == 0 ? text : fmt::format("{}:{:02}", text, time.Seconds % 60);
+}
+
+std::optional<tagClockTime> ParseClock(std::string_view text) {
+    constexpr std::int32_t midnight = 24 * 3600;
+    const bool hasSeconds = text.size() == 8 && text[5] == ':';
+    if ((text.size() != 5 && !hasSeconds) || text[2] != ':')
+        return std::nullopt;
+    const auto part = [&](std::size_t at) {
+        const std::string_view digits = text.substr(at, 2);
+        return AreDigits(digits) ? static_cast<std::int32_t>(*ParseInteger(digits)) : midnight;
+    };
+    const std::int32_t minute = part(3);
+    const std::int32_t second = hasSeconds ? part(6) : 0;
+    const std::int32_t seconds = part(0) * 3600 + minute * 60 + second;
+    if (minute > 59 || second > 59 || seconds > midnight)
+        return std::nullopt;
+    return tagClockTime{seconds};
 }
 
 } // namespace sqCli

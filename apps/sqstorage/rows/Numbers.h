@@ -26,4 +26,13 @@ inline constexpr tagDay LastDay{65380};
 // A date of the calendar in the form YYYY-MM-DD. When it is none, `reason` says why and what would be one.
 [[nodiscard]] std::optional<tagDay> ParseDay(std::string_view text, std::string& reason);
 
+// Sun to Sat; a day of the week after as its number, 7 to 13.
+[[nodiscard]] std::string WeekdayText(tagWeekday day);
+[[nodiscard]] std::optional<tagWeekday> ParseWeekday(std::string_view text);
+
+// HH:MM, or HH:MM:SS when there are seconds.
+[[nodiscard]] std::string ClockText(tagClockTime time);
+// Either form, up to 24:00.
+[[nodiscard]] std::optional<tagClockTime> ParseClock(std::string_view text);
+
 } // namespace sqCli

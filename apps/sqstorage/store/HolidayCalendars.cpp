@@ -13,11 +13,6 @@ namespace {
 using IDM_dmudfcom::EColumnType;
 using IDM_dmudfcom::ITableRows;
 
-LONG KeyOf(const Cell& cell) {
-    const auto* key = std::get_if<std::int64_t>(&cell);
-    return key ? static_cast<LONG>(*key) : 0;
-}
-
 std::optional<tagDay> DayOf(const Cell& cell) {
     const auto* day = std::get_if<tagDay>(&cell);
     return day ? std::optional(*day) : std::nullopt;
@@ -73,7 +68,7 @@ std::vector<tagCalendar> SelectCalendars(CStore& store) {
     const std::size_t name = ColumnOf(rows, "HOLIDAY_NAME");
     std::vector<tagCalendar> calendars;
     for (const auto& row : rows.Rows)
-        calendars.push_back({KeyOf(row[key]), TextOf(row[name])});
+        calendars.push_back({LongOf(row[key]), TextOf(row[name])});
     std::sort(calendars.begin(), calendars.end(), [](const tagCalendar& left, const tagCalendar& right) {
         return std::tie(left.Name, left.Key) < std::tie(right.Name, right.Key);
     });
@@ -97,7 +92,7 @@ std::vector<tagOwnedHolidayDate> SelectHolidayDates(CStore& store) {
     const std::size_t description = ColumnOf(rows, "HOLIDAY_DESCRIPTION");
     std::vector<tagOwnedHolidayDate> dates;
     for (const auto& row : rows.Rows)
-        dates.push_back({KeyOf(row[calendar]), {DayOf(row[start]), DayOf(row[end]), TextOf(row[description])}});
+        dates.push_back({LongOf(row[calendar]), {DayOf(row[start]), DayOf(row[end]), TextOf(row[description])}});
     return dates;
 }
 

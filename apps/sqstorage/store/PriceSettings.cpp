@@ -44,4 +44,17 @@ LONG InsertSetting(CStore& store, const tagPriceSetting& setting) {
     return key;
 }
 
+void UpdateSetting(CStore& store, LONG key, const tagPriceSetting& setting) {
+    const HRESULT status = store.Run([&](CStore::IqxStorage& storage) {
+        return storage.UpdateSetting(key, setting.PriceScale, setting.PointValue, setting.DailyLimit,
+                                     setting.MinMovement);
+    });
+    if (status != S_OK)
+        throw CStoreRefusal("The setting is not there any more: import again.");
+}
+
+void DeleteSetting(CStore& store, LONG key) {
+    store.Run([&](CStore::IqxStorage& storage) { return storage.DeleteSetting(key); });
+}
+
 } // namespace sqCli

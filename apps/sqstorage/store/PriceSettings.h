@@ -21,5 +21,7 @@ struct tagPriceSetting {
 [[nodiscard]] tagRowSet SelectSettings(CStore& store);
 // Returns the key.
 LONG InsertSetting(CStore& store, const tagPriceSetting& setting);
+void UpdateSetting(CStore& store, LONG key, const tagPriceSetting& setting);
+void DeleteSetting(CStore& store, LONG key);
 
 } // namespace sqCli

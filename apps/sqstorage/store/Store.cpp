@@ -66,9 +66,20 @@ CStore::CStore() {
 }
 
 tagRowSet CStore::Select(SelectMethod method) {
+    return Select(method, [](IdmRequest&) {});
+}
+
+tagRowSet CStore::Select(SelectMethod method, const std::function<void(IdmRequest&)>& prepare) {
+    return SelectBy([&](IdmRequest* request, IdmTable* table) {
+        prepare(*request);
+        return (*m_Storage.*method)(request, table);
+    });
+}
+
+tagRowSet CStore::SelectBy(const std::function<HRESULT(IdmRequest*, IdmTable*)>& select) {
     const auto request = NewCarrier<IdmRequest>(IDM_dmudfcom::CLSID_dmRequest);
     const auto table = NewTable();
-    Run([&](IqxStorage& storage) { return (storage.*method)(request.Get(), table.Get()); });
+    Run([&](IqxStorage&) { return select(request.Get(), table.Get()); });
     return ReadRows(*table.As<ITableRows>());
 }
 
@@ -95,5 +106,7 @@ std::size_t ColumnOf(const tagRowSet& rows, std::string_view name) {
                                         name));
     return static_cast<std::size_t>(found - rows.Columns.begin());
 }
+
+LONG LongOf(const Cell& cell) { return static_cast<LONG>(IntegerOf(cell)); }
 
 } // namespace sqCli

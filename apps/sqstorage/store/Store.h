@@ -11,6 +11,7 @@
 #include "dmserver/portfolio/dmsqStorageInterface/interface/qxStorage.h"
 #include "platform/com/com_ptr.h"
 
+#include <array>
 #include <functional>
 #include <stdexcept>
 #include <string_view>
@@ -55,6 +56,10 @@ public:
 
     // All rows of a table that a select fills, with the columns it gives them.
     [[nodiscard]] tagRowSet Select(SelectMethod method);
+    // Those that `prepare` asks for in the request.
+    [[nodiscard]] tagRowSet Select(SelectMethod method, const std::function<void(IdmRequest&)>& prepare);
+    // The same with a select of another interface.
+    [[nodiscard]] tagRowSet SelectBy(const std::function<HRESULT(IdmRequest*, IdmTable*)>& select);
 
 private:
     static void ForgetFailures();
@@ -69,5 +74,16 @@ private:
 
 // Where a column stands. Raises CStoreRefusal when the rows have none of that name.
 [[nodiscard]] std::size_t ColumnOf(const tagRowSet& rows, std::string_view name);
+// Where several stand.
+template <std::size_t Count>
+[[nodiscard]] std::array<std::size_t, Count> ColumnsOf(const tagRowSet& rows,
+                                                       const std::array<std::string_view, Count>& names) {
+    std::array<std::size_t, Count> places{};
+    for (std::size_t column = 0; column < Count; ++column)
+        places[column] = ColumnOf(rows, names[column]);
+    return places;
+}
+// 0 for a null.
+[[nodiscard]] LONG LongOf(const Cell& cell);
 
 } // namespace sqCli

@@ -19,9 +19,12 @@ TEST_F(CheckCommand, AGoodStoreIsStatus0) {
           "database,ok,\"The database is " + Database().string() + ", opened as SYSDBA.\"\n",
           std::string("store,ok,The store opens.\n"),
           std::string("schema,ok,The schema has version 1; this program works with version 1.\n"),
-          std::string("engine,ok,\"Engine and client are "), std::string("holidays,ok,The store holds 10 holiday"),
-          std::string("holiday_dates,ok,The store holds 267 holiday date"),
-          std::string("settings,ok,The store holds 36 price setting"),
+          std::string("engine,ok,\"Engine and client are "), std::string("holidays,ok,The store holds 13 holiday"),
+          std::string("holiday_dates,ok,The store holds 359 holiday date"),
+          std::string("settings,ok,The store holds 56 price setting"),
+          std::string("feeds,ok,The store holds 4 data feed(s)"),
+          std::string("sessions,ok,The store holds 23 trading session(s)"),
+          std::string("exchanges,ok,The store holds 17 exchange(s)"),
           "log,ok,The log is " + (Folder() / "state").string()})
         EXPECT_THAT(end.Output, HasSubstr(finding));
 }
@@ -47,6 +50,37 @@ TEST_F(CheckCommand, InconsistenciesAreStatus1) {
     EXPECT_THAT(end.Output,
                 HasSubstr("settings,problem,The setting with the key 99996 lacks a value: update or delete "
                           "it.\n"));
+}
+
+TEST_F(CheckCommand, WhatAnExchangeLacksIsNamed) {
+    CreateFilled();
+    {
+        CHeldDatabase database(Database());
+        database.Run(L"UPDATE EXCHANGES SET HOLIDAY=99999 WHERE EXCHANGE_NAME='ASX'");
+        database.Run(L"UPDATE EXCHANGES SET SETTING=99999 WHERE EXCHANGE_NAME='CBOT'");
+        database.Run(L"UPDATE EXCHANGES SET SESSION=99999 WHERE EXCHANGE_NAME='CME'");
+        database.Run(L"UPDATE EXCHANGES SET SESSION=(SELECT SESSION FROM SESSIONS WHERE SESSION_NAME='NYSE') WHERE "
+                     L"EXCHANGE_NAME='NASDAQ'");
+        database.Run(L"DELETE FROM SESSION_DETAILS WHERE SESSION=(SELECT SESSION FROM SESSIONS WHERE "
+                     L"SESSION_NAME='TSX')");
+        database.Run(L"UPDATE EXCHANGES SET EXCHANGE_NAME='LSE' WHERE EXCHANGE_NAME='LME'");
+        database.Run(L"UPDATE DATA_FEEDS SET DATA_FEED_NAME='Simulation' WHERE DATA_FEED_NAME='End of day'");
+    }
+    const tagEnd end = Run({"--format", "csv", "check"});
+    EXPECT_EQ(end.Status, 1);
+    for (const char* finding :
+         {"exchanges,problem,\"The exchange \"\"ASX\"\" has a calendar that is gone: give it another.\"\n",
+          "exchanges,problem,\"The exchange \"\"CBOT\"\" has a price setting that is gone: give it another.\"\n",
+          "exchanges,problem,\"The exchange \"\"CME\"\" has a session that is gone: give it another.\"\n",
+          "exchanges,problem,\"The exchange \"\"NYSE\"\" shares its session with \"\"NASDAQ\"\", and deleting one "
+          "takes it "
+          "from the other: give each a session of its own.\"\n",
+          "exchanges,problem,\"The exchange \"\"TSX\"\" has the session \"\"TSX\"\" without trading times: import "
+          "session_details.csv.\"\n",
+          "exchanges,problem,\"The exchange \"\"LSE\"\" has its name in common with another: rename one of "
+          "them.\"\n",
+          "feeds,problem,\"2 feeds are called \"\"Simulation\"\": rename all but one.\"\n"})
+        EXPECT_THAT(end.Output, HasSubstr(finding));
 }
 
 TEST_F(CheckCommand, AStoreThatDoesNotOpenIsStatus3) {

@@ -1,4 +1,4 @@
-#include "Sandbox.h"
+#include "ImportFixture.h"
 
 namespace sqCliTest {
 
@@ -7,64 +7,51 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr const char* Header = "FILE,ROWS,ADDED,UPDATED,UNCHANGED,DIFFERENT,REFUSED\n";
-
-class ImportCommand : public Sandbox {
-protected:
-    void SetUp() override { Create(); }
-
-    // Imports one file of that name and text.
-    tagEnd Import(const std::string& name, std::string_view text, const std::vector<std::string>& options = {}) {
-        std::vector<std::string> line{"--format", "csv", "import", Write(name, text).string()};
-        line.insert(line.end(), options.begin(), options.end());
-        return Run(line);
-    }
-    // What the summary says of the file.
-    std::string Summary(const std::string& name, const std::string& counts) {
-        return Header + (Folder() / name).string() + "," + counts + "\n";
-    }
-    std::string List(const std::string& what) { return Run({"--format", "csv", "list", what}).Output; }
-    // One error for the file, at that line.
-    void ExpectProblem(const std::string& name, std::string_view text, const std::string& problem) {
-        const tagEnd end = Import(name, text);
-        EXPECT_EQ(end.Status, 4);
-        EXPECT_EQ(end.Errors, "error: " + (Folder() / name).string() + ":" + problem +
-                                  ".\nwarning: Nothing is taken from " + (Folder() / name).string() +
-                                  ": correct the rows named above and import it again.\n");
-    }
-};
+class ImportCommand : public ImportSandbox {};
 
 TEST_F(ImportCommand, ADirectoryIsTakenWithItsKnownFilesInTheRightOrder) {
     const tagEnd end = Run({"--format", "csv", "import", ShippedData.string()});
     EXPECT_EQ(end.Status, 0);
-    EXPECT_EQ(end.Output, Header + (ShippedData / "holidays.csv").string() + ",10,10,0,0,0,0\n" +
-                              (ShippedData / "holiday_dates.csv").string() + ",267,267,0,0,0,0\n" +
-                              (ShippedData / "settings.csv").string() + ",36,36,0,0,0,0\n");
+    EXPECT_EQ(end.Output, Header + (ShippedData / "holidays.csv").string() + ",13,13,0,0,0,0\n" +
+                              (ShippedData / "holiday_dates.csv").string() + ",359,359,0,0,0,0\n" +
+                              (ShippedData / "settings.csv").string() + ",39,39,0,0,0,0\n" +
+                              (ShippedData / "feeds.csv").string() + ",4,4,0,0,0,0\n" +
+                              (ShippedData / "sessions.csv").string() + ",23,23,0,0,0,0\n" +
+                              (ShippedData / "session_details.csv").string() + ",125,125,0,0,0,0\n" +
+                              (ShippedData / "exchanges.csv").string() + ",17,17,0,0,0,0\n");
     EXPECT_EQ(end.Errors, "note: " + (ShippedData / "README.md").string() +
                               " is skipped: it is none of the files that can be imported.\n");
 }
 
 TEST_F(ImportCommand, RepeatedItChangesNothing) {
     ASSERT_EQ(Run({"import", ShippedData.string()}).Status, 0);
-    const std::string holidays = List("holidays");
-    const std::string dates = List("holiday_dates");
-    const std::string settings = List("settings");
+    constexpr std::array names{"holidays", "holiday_dates",   "settings", "feeds",
+                               "sessions", "session_details", "exchanges"};
+    std::map<std::string, std::string> before;
+    for (const char* name : names)
+        before[name] = List(name);
     const tagEnd end = Run({"--format", "csv", "import", ShippedData.string(), "--update", "--batch"});
     EXPECT_EQ(end.Status, 0);
-    EXPECT_EQ(end.Output, Header + (ShippedData / "holidays.csv").string() + ",10,0,0,10,0,0\n" +
-                              (ShippedData / "holiday_dates.csv").string() + ",267,0,0,267,0,0\n" +
-                              (ShippedData / "settings.csv").string() + ",36,0,0,36,0,0\n");
-    EXPECT_EQ(List("holidays"), holidays);
-    EXPECT_EQ(List("holiday_dates"), dates);
-    EXPECT_EQ(List("settings"), settings);
+    EXPECT_EQ(end.Output, Header + (ShippedData / "holidays.csv").string() + ",13,0,0,13,0,0\n" +
+                              (ShippedData / "holiday_dates.csv").string() + ",359,0,0,359,0,0\n" +
+                              (ShippedData / "settings.csv").string() + ",39,0,0,39,0,0\n" +
+                              (ShippedData / "feeds.csv").string() + ",4,0,0,4,0,0\n" +
+                              (ShippedData / "sessions.csv").string() + ",23,0,0,23,0,0\n" +
+                              (ShippedData / "session_details.csv").string() + ",125,0,0,125,0,0\n" +
+                              (ShippedData / "exchanges.csv").string() + ",17,0,0,17,0,0\n");
+    for (const char* name : names)
+        EXPECT_EQ(List(name), before[name]) << name;
 }
 
 TEST_F(ImportCommand, ADryRunTestsEverythingAndWritesNothing) {
     const tagEnd end = Run({"--format", "csv", "import", ShippedData.string(), "--dry-run"});
     EXPECT_EQ(end.Status, 0);
-    EXPECT_THAT(end.Output, HasSubstr("holiday_dates.csv,267,267,0,0,0,0\n"));
+    EXPECT_THAT(end.Output, HasSubstr("holiday_dates.csv,359,359,0,0,0,0\n"));
     EXPECT_THAT(end.Errors, HasSubstr("note: This was a dry run: the store is as it was.\n"));
-    for (const char* what : {"holidays", "holiday_dates", "settings"})
+    EXPECT_THAT(end.Output, HasSubstr("session_details.csv,125,125,0,0,0,0\n"));
+    EXPECT_THAT(end.Output, HasSubstr("exchanges.csv,17,17,0,0,0,0\n"));
+    for (const char* what : {"holidays", "holiday_dates", "settings", "feeds", "sessions", "session_details",
+                             "exchanges", "currencies"})
         EXPECT_EQ(Run({"list", what}).Status, 1) << what;
     EXPECT_EQ(
         Import("settings.csv", "PRICE_SCALE,POINT_VALUE,DAILY_LIMIT,MIN_MOVEMENT\n0,1,1,1\n", {"--dry-run"}).Status,
@@ -226,9 +213,11 @@ TEST_F(ImportCommand, PathsThatCannotBeImported) {
               "error: There is no file or directory " + (Folder() / "none").string() + ": correct the path.\n");
     end = Run({"import", Write("notes.csv", "x").string()});
     EXPECT_EQ(end.Status, 2);
-    EXPECT_EQ(end.Errors, "error: " + (Folder() / "notes.csv").string() +
-                              " has none of the names that tell what a file holds: call it one of holidays, "
-                              "holiday_dates, settings with \".csv\" behind it.\n");
+    EXPECT_EQ(end.Errors,
+              "error: " + (Folder() / "notes.csv").string() +
+                  " has none of the names that tell what a file holds: call it one of holidays, "
+                  "holiday_dates, settings, feeds, sessions, session_details, exchanges, currencies with "
+                  "\".csv\" behind it.\n");
     platform::CreateDirectories(Folder() / "empty");
     EXPECT_EQ(Run({"import", (Folder() / "empty").string()}).Status, 1);
 }

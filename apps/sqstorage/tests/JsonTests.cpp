@@ -15,6 +15,11 @@ TEST(Json, EachKindOfValueHasItsForm) {
               "[\n  {\"N\": -7, \"F\": 0.1, \"D\": \"1900-01-01\", \"T\": \"a\", \"X\": null}\n]\n");
 }
 
+TEST(Json, WeekdaysAndTimesAreNumbers) {
+    EXPECT_EQ(WriteJson({{"D", "T"}, {{sqCli::tagWeekday{6}, sqCli::tagClockTime{61200}}}}),
+              "[\n  {\"D\": 6, \"T\": 61200}\n]\n");
+}
+
 TEST(Json, RowsAreSeparatedByCommas) {
     EXPECT_EQ(WriteJson({{"N"}, {{std::int64_t{1}}, {std::int64_t{2}}}}), "[\n  {\"N\": 1},\n  {\"N\": 2}\n]\n");
 }

@@ -66,6 +66,41 @@ TEST_F(ListCommand, AnUnknownCalendarIsStatus1) {
     EXPECT_EQ(end.Errors, "error: There is no calendar \"NYSEE\": see \"sqstorage list holidays\".\n");
 }
 
+TEST_F(ListCommand, ExchangesNameWhatTheyReferTo) {
+    CreateFilled();
+    const tagEnd end = Run({"--format", "csv", "list", "exchanges"});
+    EXPECT_EQ(end.Status, 0);
+    EXPECT_THAT(end.Output,
+                testing::StartsWith("EXCHANGE,EXCHANGE_NAME,DESCRIPTION,HOLIDAY_NAME,SESSION_NAME,PRICE_SCALE,"
+                                    "POINT_VALUE,DAILY_LIMIT,MIN_MOVEMENT,TIME_ZONE,MAP_ID,"
+                                    "EXCHANGE_TIME_ZONE_INFORMATION\n"));
+    EXPECT_THAT(end.Output, HasSubstr(",NASDAQ,Nasdaq Stock Market,NYSE,NASDAQ,100,1,1000000,0.01,0,,"
+                                      "\"300,0,11,0,1,02:00:00.0000,-60,3,0,2,02:00:00.0000\"\n"));
+}
+
+TEST_F(ListCommand, SessionsAndTheirDetails) {
+    CreateFilled();
+    EXPECT_THAT(Run({"--format", "csv", "list", "sessions"}).Output,
+                testing::StartsWith("SESSION,SESSION_NAME,SESSION_TYPE,TIME_ZONE\n57,ASX,1,2\n"));
+    const tagEnd end = Run({"--format", "csv", "list", "session_details", "--session", "ICE Europe"});
+    EXPECT_EQ(end.Output, "SESSION,SESSION_NAME,START_DAY,START_TIME,END_DAY,END_TIME,VALUE5,VALUE6,VALUE7\n"
+                          "68,ICE Europe,Sun,23:00,Mon,23:00,0,0,0\n68,ICE Europe,Tue,01:00,Tue,23:00,0,0,0\n"
+                          "68,ICE Europe,Wed,01:00,Wed,23:00,0,0,0\n68,ICE Europe,Thu,01:00,Thu,23:00,0,0,0\n"
+                          "68,ICE Europe,Fri,01:00,Fri,23:00,0,0,0\n");
+    const tagEnd none = Run({"list", "session_details", "--session", "ICE"});
+    EXPECT_EQ(none.Status, 1);
+    EXPECT_EQ(none.Errors, "error: There is no session \"ICE\": see \"sqstorage list sessions\".\n");
+}
+
+TEST_F(ListCommand, AFilterThatDoesNotBelongIsStatus2) {
+    Create();
+    const tagEnd end = Run({"list", "exchanges", "--session", "CME"});
+    EXPECT_EQ(end.Status, 2);
+    EXPECT_EQ(end.Errors, "error: --session does not go with exchanges: leave it out.\n");
+    EXPECT_EQ(Run({"list", "session_details", "--from", "2027-01-01"}).Status, 2);
+    EXPECT_EQ(Run({"list", "settings", "--calendar", "CME"}).Status, 2);
+}
+
 TEST_F(ListCommand, RowsAreSortedAndTheTableIsForPeople) {
     CreateFilled();
     const tagEnd end = Run({"list", "holidays"});

@@ -7,12 +7,16 @@
 
 namespace {
 
+using sqCli::ClockText;
 using sqCli::DayText;
+using sqCli::ParseClock;
 using sqCli::ParseDay;
 using sqCli::ParseInteger;
 using sqCli::ParseReal;
+using sqCli::ParseWeekday;
 using sqCli::ShortestText;
 using sqCli::tagDay;
+using sqCli::WeekdayText;
 
 TEST(Numbers, AFloatIsWrittenAsTheShortestTextThatGivesItBack) {
     EXPECT_EQ(ShortestText(0.1F), "0.1");
@@ -74,6 +78,29 @@ TEST(Numbers, WhatIsNoDateSaysWhy) {
     EXPECT_EQ(reasonOf("2079-01-01"),
               "2079-01-01 is outside the calendar of the store: give a date from 1900-01-01 to "
               "2078-12-31");
+}
+
+TEST(Numbers, WeekdaysHaveThreeLettersAndThoseOfTheWeekAfterNumbers) {
+    EXPECT_EQ(WeekdayText({0}), "Sun");
+    EXPECT_EQ(WeekdayText({6}), "Sat");
+    EXPECT_EQ(WeekdayText({7}), "7");
+    EXPECT_EQ(WeekdayText({-1}), "-1");
+    for (std::int32_t day = 0; day <= 13; ++day)
+        EXPECT_EQ(ParseWeekday(WeekdayText({day}))->Number, day);
+    for (const char* text : {"", "sun", "Sunday", "0", "6", "14", "-1", "Sun "})
+        EXPECT_FALSE(ParseWeekday(text)) << text;
+}
+
+TEST(Numbers, TimesReachToMidnightAtTheEndOfTheDay) {
+    EXPECT_EQ(ClockText({0}), "00:00");
+    EXPECT_EQ(ClockText({61200}), "17:00");
+    EXPECT_EQ(ClockText({61205}), "17:00:05");
+    EXPECT_EQ(ClockText({86400}), "24:00");
+    for (std::int32_t time = 0; time <= 86400; time += 7)
+        EXPECT_EQ(ParseClock(ClockText({time}))->Seconds, time);
+    for (const char* text : {"", "9:30", "09:60", "24:01", "25:00", "09:30:60", "09:30:", "0930", "09.30", "aa:00",
+                             "-1:00", "09:30:0x", "09:30 "})
+        EXPECT_FALSE(ParseClock(text)) << text;
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "Sandbox.h"
 
+#include "dmserver/dmudfcom/interface/TableRows.h"
 #include "platform/com/activation.h"
 #include "platform/com/bstr.h"
 #include "platform/text.h"
@@ -45,13 +46,22 @@ CHeldDatabase::CHeldDatabase(const std::filesystem::path& file) {
 
 CHeldDatabase::~CHeldDatabase() { m_Database->Close(); }
 
-void CHeldDatabase::Run(std::wstring_view statement) {
+void CHeldDatabase::Run(std::wstring_view statement) { Open(statement, nullptr); }
+
+LONG CHeldDatabase::Number(std::wstring_view statement) {
+    CComPtr<IDM_dmudfcom::IdmTable> table;
+    platform::ThrowIfFailed(platform::CreateInstance(IDM_dmudfcom::CLSID_dmTable, table));
+    Open(statement, table.Get());
+    return static_cast<LONG>(table.As<IDM_dmudfcom::ITableRows>()->Integer(0, 0));
+}
+
+void CHeldDatabase::Open(std::wstring_view statement, IDispatch* results) {
     CComPtr<IdmDatabaseTransaction> transaction;
     CComPtr<IdmDatabaseQuery> query;
     LONG all = 0;
     platform::ThrowIfFailed(m_Database->GetTransaction(transaction.Put()));
     platform::ThrowIfFailed(transaction->GetQuery(query.Put()));
-    platform::ThrowIfFailed(query->Open(CBstr(statement).Get(), nullptr, nullptr));
+    platform::ThrowIfFailed(query->Open(CBstr(statement).Get(), nullptr, results));
     platform::ThrowIfFailed(query->Fetch(&all));
     platform::ThrowIfFailed(query->Close());
     platform::ThrowIfFailed(transaction->Finish());

@@ -27,8 +27,12 @@ public:
     CHeldDatabase& operator=(const CHeldDatabase&) = delete;
 
     void Run(std::wstring_view statement);
+    // The first number that a select gives.
+    LONG Number(std::wstring_view statement);
 
 private:
+    void Open(std::wstring_view statement, IDispatch* results);
+
     platform::CComPtr<IDM_dmFirebird::IdmDatabase> m_Database;
 };
 

@@ -35,15 +35,15 @@ TEST_F(Terminal, NoColourInAPipe) {
 TEST_F(Terminal, AnImportDrawsABarAndWipesItOff) {
     Create();
     const std::string output = RunOnTerminal({"import", ShippedData.string()}).Output;
-    EXPECT_THAT(output, HasSubstr("\r[........................................] 0/10 " +
+    EXPECT_THAT(output, HasSubstr("\r[........................................] 0/13 " +
                                   (ShippedData / "holidays.csv").string()));
-    EXPECT_THAT(output, HasSubstr("\r[########################################] 10/10 "));
+    EXPECT_THAT(output, HasSubstr("\r[########################################] 13/13 "));
     EXPECT_THAT(output, HasSubstr("\r\x1b[K"));
 }
 
 TEST_F(Terminal, QuietDrawsNoBar) {
     Create();
-    EXPECT_THAT(RunOnTerminal({"--quiet", "import", ShippedData.string()}).Output, Not(HasSubstr("0/10")));
+    EXPECT_THAT(RunOnTerminal({"--quiet", "import", ShippedData.string()}).Output, Not(HasSubstr("0/13")));
 }
 
 TEST_F(Terminal, TextsOfAFileDoNotDriveIt) {

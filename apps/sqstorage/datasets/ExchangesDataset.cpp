@@ -1,0 +1,302 @@
+// Exchanges, by name. A row names its calendar and its session, and says its price setting itself: a setting has no
+// name, and this one belongs to the exchange alone.
+#include "KeyedTable.h"
+#include "NameKeys.h"
+#include "NumberRules.h"
+#include "PriceRules.h"
+#include "SessionNames.h"
+#include "TextRules.h"
+#include "ZoneRules.h"
+#include "apps/sqstorage/store/Exchanges.h"
+#include "apps/sqstorage/store/HolidayCalendars.h"
+
+#include <algorithm>
+#include <array>
+
+namespace sqCli {
+
+namespace {
+
+enum Rule : std::size_t {
+    RuleName,
+    RuleDescription,
+    RuleCalendar,
+    RuleSession,
+    RulePrices, // four columns
+    RuleTimeZone = RulePrices + PriceColumns.size(),
+    RuleMapId,
+    RuleZone,
+    RuleCount
+};
+constexpr std::array<tagColumnRule, RuleCount> Rules{tagColumnRule{"EXCHANGE_NAME", true},
+                                                     tagColumnRule{"DESCRIPTION", false},
+                                                     tagColumnRule{"HOLIDAY_NAME", false},
+                                                     tagColumnRule{"SESSION_NAME", true},
+                                                     PriceColumns[0],
+                                                     PriceColumns[1],
+                                                     PriceColumns[2],
+                                                     PriceColumns[3],
+                                                     tagColumnRule{"TIME_ZONE", false},
+                                                     tagColumnRule{"MAP_ID", false},
+                                                     tagColumnRule{"EXCHANGE_TIME_ZONE_INFORMATION", true}};
+
+// What the columns hold, in characters.
+constexpr std::size_t LongestName = 12;
+constexpr std::size_t LongestDescription = 255;
+
+using PriceTexts = std::array<std::string, PriceColumns.size()>;
+
+void Note(Reasons& reasons, std::optional<std::string> problem) {
+    if (problem)
+        reasons.push_back(std::move(*problem));
+}
+
+struct tagExchangeRow {
+    std::string Name;
+    std::string Description;
+    std::string Calendar; // empty for none
+    std::string Session;
+    PriceTexts Prices;
+    LONG TimeZone;
+    std::string MapId;
+    std::string Zone;
+
+    const std::string& Id() const { return Name; }
+    friend bool operator==(const tagExchangeRow&, const tagExchangeRow&) = default;
+};
+
+PriceTexts TextsOf(const tagPriceSetting& setting) {
+    return {TextOf(std::int64_t{setting.PriceScale}), TextOf(setting.PointValue),
+            TextOf(std::int64_t{setting.DailyLimit}), TextOf(setting.MinMovement)};
+}
+
+std::optional<tagPriceSetting> SettingOf(const PriceTexts& texts, Reasons& reasons) {
+    return ParseSetting({texts[0], texts[1], texts[2], texts[3]}, reasons);
+}
+
+class CExchangeTable {
+public:
+    using Row = tagExchangeRow;
+    static constexpr std::string_view Noun = "exchange";
+
+    // Without a run for an export, where what a row refers to is known to be there.
+    CExchangeTable(CStore& store, const tagImportRun* run) : m_Store(store), m_Run(run) {
+        for (tagCalendar& calendar : SelectCalendars(store)) {
+            m_CalendarKeys.Add(calendar.Name, calendar.Key);
+            m_CalendarNames.emplace(calendar.Key, std::move(calendar.Name));
+        }
+        for (tagNamedSession& session : NameSessions(store)) {
+            m_SessionKeys.Add(session.Session.Name, session.Key);
+            m_SessionNames.emplace(session.Key, std::move(session.Session.Name));
+        }
+        for (const auto& row : SelectSettings(store).Rows)
+            m_Prices.emplace(LongOf(row[0]),
+                             PriceTexts{TextOf(row[1]), TextOf(row[2]), TextOf(row[3]), TextOf(row[4])});
+        for (tagKeyedExchange& exchange : SelectExchanges(store)) {
+            ++m_SettingUses[exchange.Exchange.Setting];
+            m_SessionUsers.emplace(NameOf(m_SessionNames, exchange.Exchange.Session), exchange.Exchange.Name);
+            m_Exchanges.push_back(std::move(exchange));
+        }
+    }
+
+    std::vector<tagStoredRow<Row>> Rows() const {
+        std::vector<tagStoredRow<Row>> rows;
+        for (const auto& [key, exchange] : m_Exchanges)
+            rows.push_back({key, RowOf(exchange)});
+        return rows;
+    }
+
+    std::optional<Row> Parse(const RowValues& values, Reasons& reasons) {
+        const std::size_t before = reasons.size();
+        Row row{std::string(values[RuleName]),
+                std::string(values[RuleDescription]),
+                std::string(values[RuleCalendar]),
+                std::string(values[RuleSession]),
+                {},
+                0,
+                std::string(values[RuleMapId]),
+                std::string(values[RuleZone])};
+        Note(reasons, NameProblem(Rules[RuleName].Name, row.Name, LongestName));
+        Note(reasons, TextProblem(Rules[RuleDescription].Name, row.Description, LongestDescription));
+        TestReferences(row, reasons);
+        const auto setting = ParseSetting(
+            {values[RulePrices], values[RulePrices + 1], values[RulePrices + 2], values[RulePrices + 3]}, reasons);
+        const auto number = ParseWholeOr(0, Rules[RuleTimeZone].Name, values[RuleTimeZone],
+                                         std::numeric_limits<LONG>::min(), LargestLong, reasons);
+        Note(reasons, TextProblem(Rules[RuleMapId].Name, row.MapId));
+        Note(reasons, QuoteProblem(Rules[RuleMapId].Name, row.MapId));
+        Note(reasons, ZoneProblem(Rules[RuleZone].Name, row.Zone));
+        if (reasons.size() != before)
+            return std::nullopt;
+        row.Prices = TextsOf(*setting);
+        row.TimeZone = *number;
+        return row;
+    }
+
+    std::vector<Cell> Cells(const Row& row) const {
+        std::vector<Cell> cells{row.Name, row.Description, row.Calendar, row.Session};
+        Reasons ignored;
+        if (const auto setting = SettingOf(row.Prices, ignored)) {
+            cells.insert(cells.end(), {std::int64_t{setting->PriceScale}, setting->PointValue,
+                                       std::int64_t{setting->DailyLimit}, setting->MinMovement});
+        } else {
+            // Nothing that was there is hidden.
+            cells.insert(cells.end(), row.Prices.begin(), row.Prices.end());
+        }
+        cells.insert(cells.end(), {std::int64_t{row.TimeZone}, row.MapId, row.Zone});
+        return cells;
+    }
+
+    // The setting is there before the exchange, and goes again when the exchange is refused.
+    void Insert(const Row& row) {
+        const LONG setting = NewSetting(row);
+        try {
+            InsertExchange(m_Store, ExchangeOf(row, setting));
+        } catch (const CStoreRefusal&) {
+            Forget(setting);
+            throw;
+        }
+    }
+
+    void Update(const tagStoredRow<Row>& there, const Row& row) {
+        const auto found = std::ranges::find(m_Exchanges, there.Key, &tagKeyedExchange::Key);
+        LONG setting = found->Exchange.Setting;
+        if (row.Prices != there.Value.Prices)
+            setting = ChangeSetting(setting, row);
+        UpdateExchange(m_Store, there.Key, ExchangeOf(row, setting));
+    }
+
+    // What an exchange refers to and the store does not hold.
+    std::vector<std::string> Gaps(const tagExchange& exchange) const {
+        std::vector<std::string> gaps;
+        if (exchange.Holiday != 0 && !m_CalendarNames.contains(exchange.Holiday))
+            gaps.push_back(fmt::format("its calendar, with the key {}, is gone", exchange.Holiday));
+        if (!m_Prices.contains(exchange.Setting))
+            gaps.push_back(fmt::format("its price setting, with the key {}, is gone", exchange.Setting));
+        if (!m_SessionNames.contains(exchange.Session))
+            gaps.push_back(fmt::format("its session, with the key {}, is gone", exchange.Session));
+        return gaps;
+    }
+    const std::vector<tagKeyedExchange>& Exchanges() const { return m_Exchanges; }
+
+private:
+    template <class Names>
+    static std::string NameOf(const Names& names, LONG key) {
+        const auto found = names.find(key);
+        return found == names.end() ? std::string() : found->second;
+    }
+
+    Row RowOf(const tagExchange& exchange) const {
+        const auto prices = m_Prices.find(exchange.Setting);
+        return {exchange.Name,
+                exchange.Description,
+                NameOf(m_CalendarNames, exchange.Holiday),
+                NameOf(m_SessionNames, exchange.Session),
+                prices == m_Prices.end() ? PriceTexts() : prices->second,
+                exchange.TimeZone,
+                exchange.MapId,
+                exchange.ZoneInformation};
+    }
+
+    void TestReferences(const Row& row, Reasons& reasons) {
+        if (row.Session.empty())
+            reasons.push_back("SESSION_NAME is empty: name the session of the exchange");
+        if (!m_Run)
+            return;
+        if (!row.Calendar.empty())
+            Note(reasons, m_CalendarKeys.Problem(*m_Run, row.Calendar));
+        if (row.Session.empty())
+            return;
+        Note(reasons, m_SessionKeys.Problem(*m_Run, row.Session));
+        const auto [user, alone] = m_SessionUsers.emplace(row.Session, row.Name);
+        if (!alone && user->second != row.Name)
+            m_Run->Console.Warn(
+                fmt::format("The exchanges \"{}\" and \"{}\" share the session \"{}\", which goes when "
+                            "one of them is deleted: give each a session of its own.",
+                            user->second, row.Name, row.Session));
+    }
+
+    tagExchange ExchangeOf(const Row& row, LONG setting) const {
+        return {row.Name,
+                row.Description,
+                m_CalendarKeys.KeyOf(row.Calendar),
+                setting,
+                m_SessionKeys.KeyOf(row.Session),
+                row.TimeZone,
+                row.MapId,
+                row.Zone};
+    }
+
+    LONG NewSetting(const Row& row) const {
+        Reasons ignored;
+        return InsertSetting(m_Store, SettingOf(row.Prices, ignored).value());
+    }
+
+    // A setting that stays behind has no effect; the refusal that led here is what counts.
+    void Forget(LONG setting) const {
+        try {
+            DeleteSetting(m_Store, setting);
+        } catch (const CStoreRefusal&) {
+        }
+    }
+
+    // One that another exchange has, too, stays as it is.
+    LONG ChangeSetting(LONG key, const Row& row) const {
+        const auto uses = m_SettingUses.find(key);
+        if (!m_Prices.contains(key) || uses == m_SettingUses.end() || uses->second > 1)
+            return NewSetting(row);
+        Reasons ignored;
+        UpdateSetting(m_Store, key, SettingOf(row.Prices, ignored).value());
+        return key;
+    }
+
+    CStore& m_Store;
+    const tagImportRun* m_Run;
+    CNameKeys m_CalendarKeys{"calendar", "holidays"};
+    CNameKeys m_SessionKeys{"session", "sessions"};
+    std::map<LONG, std::string> m_CalendarNames;
+    std::map<LONG, std::string> m_SessionNames;
+    std::map<LONG, PriceTexts> m_Prices;
+    std::map<LONG, std::size_t> m_SettingUses;
+    std::map<std::string, std::string> m_SessionUsers; // the first exchange of each session
+    std::vector<tagKeyedExchange> m_Exchanges;
+};
+
+class CExchangesDataset final : public IDataset {
+public:
+    std::string_view Name() const override { return "exchanges"; }
+    std::span<const tagColumnRule> Columns() const override { return Rules; }
+
+    tagRowSet List(CStore& store, const tagListFilter&) const override {
+        const CExchangeTable table(store, nullptr);
+        tagRowSet rows{{"EXCHANGE"}, {}};
+        for (const tagColumnRule& rule : Rules)
+            rows.Columns.emplace_back(rule.Name);
+        for (const auto& exchange : table.Rows()) {
+            auto& row = rows.Rows.emplace_back(table.Cells(exchange.Value));
+            row.insert(row.begin(), std::int64_t{exchange.Key});
+        }
+        return rows;
+    }
+
+    tagRowSet Export(CStore& store, const CConsole& console) const override {
+        CExchangeTable table(store, nullptr);
+        for (const auto& [key, exchange] : table.Exchanges())
+            for (const std::string& gap : table.Gaps(exchange))
+                console.Warn(fmt::format("The exchange \"{}\" lacks something: {}.", exchange.Name, gap));
+        return ExportTable(*this, console, table);
+    }
+
+    tagImportCounts Import(tagImportRun& run, const tagImportFile& file) const override {
+        return ImportTable(*this, run, file, CExchangeTable(run.Store, &run));
+    }
+};
+
+} // namespace
+
+const IDataset& ExchangesDataset() {
+    static const CExchangesDataset dataset;
+    return dataset;
+}
+
+} // namespace sqCli

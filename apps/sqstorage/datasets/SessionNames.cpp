@@ -1,0 +1,63 @@
+#include "SessionNames.h"
+
+#include "TextRules.h"
+#include "apps/sqstorage/store/Exchanges.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <set>
+
+namespace sqCli {
+
+namespace {
+
+std::map<LONG, std::string> OwnersOfSessions(CStore& store) {
+    std::map<LONG, std::string> owners;
+    for (const tagKeyedExchange& row : SelectExchanges(store))
+        owners.emplace(row.Exchange.Session, row.Exchange.Name);
+    return owners;
+}
+
+// The text with its end cut off so that the ending still fits.
+std::string WithEnding(const std::string& text, const std::string& ending) {
+    return platform::ToUtf8(platform::FromUtf8(text).substr(0, LongestText - ending.size())) + ending;
+}
+
+std::string FreeName(const std::string& wanted, const std::set<std::string>& taken) {
+    std::string name = wanted;
+    for (int count = 2; taken.contains(SessionNameId(name)); ++count)
+        name = WithEnding(wanted, fmt::format(" {}", count));
+    return name;
+}
+
+} // namespace
+
+std::string SessionNameId(const std::string& name) {
+    return platform::ToUtf8(platform::FoldCase(platform::FromUtf8(name)));
+}
+
+std::vector<tagNamedSession> NameSessions(CStore& store) {
+    std::vector<tagNamedSession> named;
+    std::set<std::string> taken;
+    const std::map<LONG, std::string> owners = OwnersOfSessions(store);
+    std::vector<tagKeyedSession> sessions = SelectSessions(store);
+    // A name made up never takes that of another session.
+    std::stable_partition(sessions.begin(), sessions.end(),
+                          [](const tagKeyedSession& row) { return !row.Session.Name.empty(); });
+    for (tagKeyedSession& row : sessions) {
+        const auto owner = owners.find(row.Key);
+        std::string wanted = !row.Session.Name.empty() ? row.Session.Name
+                             : owner != owners.end()   ? owner->second
+                                                       : std::string();
+        if (wanted.empty())
+            wanted = "Session";
+        tagNamedSession& session = named.emplace_back(row.Key, row.Session.Name, row.Session);
+        session.Session.Name = FreeName(wanted, taken);
+        taken.insert(SessionNameId(session.Session.Name));
+    }
+    std::ranges::sort(named, {}, [](const tagNamedSession& session) { return session.Session.Name; });
+    return named;
+}
+
+} // namespace sqCli
