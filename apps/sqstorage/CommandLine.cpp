@@ -82,6 +82,7 @@ void AddCommands(CLI::App& program, Action& chosen) {
     AddImportCommand(program, chosen);
     AddExportCommand(program, chosen);
     AddListCommand(program, chosen);
+    AddWeekCommand(program, chosen);
     AddWatchCommand(program, chosen);
     AddCheckCommand(program, chosen);
     AddUpgradeCommand(program, chosen);

@@ -31,6 +31,7 @@ public:
     void Flush() const;
 
     [[nodiscard]] EFormat Format() const noexcept { return m_Format; }
+    [[nodiscard]] bool ColoursOutput() const noexcept { return m_ColoursOutput; }
     [[nodiscard]] bool ShowsProgress() const noexcept { return m_ShowsProgress; }
 
 private:
