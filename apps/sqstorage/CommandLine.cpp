@@ -24,9 +24,10 @@ constexpr const char* Description = "sqstorage - make, fill and look after a sto
 constexpr const char* Manual = R"(
 Examples:
   sqstorage create                    the database in its usual place
-  sqstorage import data               fill it with the calendars and settings shipped
+  sqstorage import data               fill it with the reference data shipped
   sqstorage list holiday_dates --calendar NYSE --from 2027-01-01
   sqstorage --format json list settings
+  sqstorage week CME --zone local     when it trades, on this machine's clock
   sqstorage export backup             the same data as files
   sqstorage --registry ./demo/registry check
 
