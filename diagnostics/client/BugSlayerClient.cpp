@@ -150,7 +150,7 @@ void BugSlayerClient::LearnWanted(IDebugObject& object) {
     if (FAILED(object.QueryInterface(platform::UuidOf<IDM_BugSlayerUtil::IDebugLevel>, level.PutVoid())) || !level)
         return;
     unsigned dropped = 0;
-    for (const LONG ident : {1, 0, -1})
+    for (const LONG ident : {1, 0, IDM_BugSlayerUtil::WarningLine, -1})
         if (level->IsWanted(ident) != S_OK)
             dropped |= BitOf(ident);
     m_Dropped = dropped;

@@ -1,5 +1,6 @@
 #include "diagnostics/interface/BugSlayer.h"
 
+#include "ExpandReport.h"
 #include "Failures.h"
 #include "RecordWriter.h"
 #include "ToWide.h"
@@ -17,6 +18,20 @@ namespace BugSlayerUtil {
 namespace {
 
 constexpr std::wstring_view UnknownException = L"an exception of unknown type";
+
+// Some formats do not tell before they are expanded: those whose mark is cut short by an argument.
+bool MayBeWarning(const wchar_t* format) noexcept {
+    return format && std::ranges::any_of(WarningMarks, [format](std::wstring_view mark) {
+               const wchar_t* at = format;
+               for (const wchar_t c : mark) {
+                   if (*at == L'%')
+                       return true;
+                   if (*at++ != c)
+                       return false;
+               }
+               return true;
+           });
+}
 
 LONG ThreadNumber() { return static_cast<LONG>(platform::CurrentThreadId()); }
 
@@ -77,7 +92,7 @@ TracerClass::TracerClass(BugSlayerClient& client, const char* file, UINT line, L
     : m_LastError(platform::GetLastError()), m_Client(client), m_File(file), m_Line(line), m_Group(group),
       m_Function(function), m_Signature(signature), m_TraceEnter(traceEnter), m_TraceLeave(traceLeave),
       m_Object(object), m_Counter(counter), m_TotalTime(totalTime) {
-    if (m_TraceLeave)
+    if (m_TraceLeave && (m_TotalTime || !m_Client.Drops(-1)))
         m_StartTime = platform::MillisecondClock();
     if (m_Counter)
         m_Counter->fetch_add(1, std::memory_order_relaxed);
@@ -108,17 +123,25 @@ void TracerClass::TraceLeave() const noexcept {
 
 void TracerClass::TraceLine(const wchar_t* outFile, const CFormat& format,
                             std::span<const CArgument> arguments) const noexcept {
+    if (IsDropped(format.Text()))
+        return;
     // Expanding the text may disturb it too.
     const platform::CLastErrorKeeper keeper;
     WithoutException([&] {
-        const std::wstring message = FormatReport(format.Text(), arguments);
-        if (m_Client.Wants(0))
+        CReportBuffer buffer;
+        const std::wstring_view message = ExpandReport(buffer, format.Text(), arguments);
+        if (m_Client.Wants(IsWarning(message) ? IDM_BugSlayerUtil::WarningLine : 0))
             WriteTrace({.Ident = 0,
                         .Place = {format.Place().file_name(), format.Place().line()},
                         .Message = message,
                         .OutFile = outFile});
         return S_OK;
     });
+}
+
+// Whatever its arguments are.
+bool TracerClass::IsDropped(const wchar_t* format) const noexcept {
+    return m_Client.Drops(0) && (m_Client.Drops(IDM_BugSlayerUtil::WarningLine) || !MayBeWarning(format));
 }
 
 void TracerClass::WriteTrace(const tagTrace& trace) const noexcept {

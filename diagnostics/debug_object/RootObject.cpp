@@ -19,8 +19,16 @@ namespace {
 // A record of this library's making; null for none and for any other.
 const CRecord* RecordOf(IDebugObject** record) { return record ? dynamic_cast<const CRecord*>(*record) : nullptr; }
 
-bool IsWarning(std::wstring_view message) {
-    return message.starts_with(L"[Warning]") || message.starts_with(L"[WARNING]");
+// Of the kinds of trace records.
+spdlog::level::level_enum LevelOf(LONG ident) {
+    switch (ident) {
+    case 0:
+        return spdlog::level::info;
+    case IDM_BugSlayerUtil::WarningLine:
+        return spdlog::level::warn;
+    default:
+        return spdlog::level::trace;
+    }
 }
 
 } // namespace
@@ -73,8 +81,7 @@ HRESULT CRootObject::SetOption(BSTR name, BSTR, LONG) {
 
 HRESULT CRootObject::IsWanted(LONG ident) {
     const auto log = Log();
-    // A line may turn out to be a warning.
-    return log && log->IsWanted(ident == 0 ? spdlog::level::warn : spdlog::level::trace) ? S_OK : S_FALSE;
+    return log && log->IsWanted(LevelOf(ident)) ? S_OK : S_FALSE;
 }
 
 std::shared_ptr<CLog> CRootObject::Log() const {
@@ -178,9 +185,10 @@ void CRootObject::WriteRecord(CLog& log, const CRecord& record) {
 }
 
 void CRootObject::WriteTrace(CLog& log, const CRecord& record) {
-    spdlog::level::level_enum level = spdlog::level::trace;
-    if (record.Number(Name::Ident.Get()) == 0)
-        level = IsWarning(record.Text(Name::Message.Get())) ? spdlog::level::warn : spdlog::level::info;
+    LONG ident = record.Number(Name::Ident.Get());
+    if (ident == 0 && BugSlayerUtil::IsWarning(record.Text(Name::Message.Get())))
+        ident = IDM_BugSlayerUtil::WarningLine;
+    const spdlog::level::level_enum level = LevelOf(ident);
     if (log.IsWanted(level))
         log.Write(level, TraceText(record));
 }

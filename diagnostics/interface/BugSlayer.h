@@ -16,7 +16,8 @@
 // thread's last error. "File" and "Line" of a record name the place that gave the text or format, as far as one was
 // given; "Function" is the scope's. A scope belongs to one thread; everything else may be used from any.
 //
-// Without a library, a scope costs reading the clock and some flags; Trace expands its text all the same.
+// Without a library, a scope costs reading the clock and some flags; Trace expands its text all the same. A library
+// that says beforehand what it does not want (IDebugLevel) spares both.
 
 #include "diagnostics/interface/BugSlayerClient.h"
 #include "diagnostics/interface/ReportText.h"
@@ -70,6 +71,7 @@ protected:
     void TraceLeave() const noexcept;
     void TraceLine(const wchar_t* outFile, const CFormat& format,
                    std::span<const CArgument> arguments) const noexcept;
+    [[nodiscard]] bool IsDropped(const wchar_t* format) const noexcept;
     // Qualified name, UTF-8.
     [[nodiscard]] std::string_view FunctionText() const noexcept;
 

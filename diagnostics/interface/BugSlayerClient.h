@@ -80,8 +80,10 @@ public:
     }
     // The same at a moment of the caller's, in milliseconds as platform::TickCount counts them.
     [[nodiscard]] bool ReadyAt(DWORD now) noexcept { return Inited.load() ? Active.load() != 0 : TryStart(now); }
-    // As Ready, and the library wants trace records of this kind: 1 enter, 0 line, -1 leave.
+    // As Ready, and the library wants trace records of this kind: 1 enter, 0 line, WarningLine, -1 leave.
     [[nodiscard]] bool Wants(LONG ident) noexcept { return Ready() && IsWanted(ident); }
+    // The library is there and does not want them: nothing need be made ready for such a record.
+    [[nodiscard]] bool Drops(LONG ident) const noexcept { return Active.load() != 0 && !IsWanted(ident); }
 
     // Does what an answer to "PROCESS" asks for: breaks for 1, and for E_ABORT shuts down and ends the process.
     void ApplyAction(HRESULT code, int exitCode = -1);

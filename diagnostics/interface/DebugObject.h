@@ -24,10 +24,13 @@ protected:
     ~IDebugObject() = default;
 };
 
+// A line that IsWarning() is a kind of its own for those who want no other; its record has the "$Ident" of a line.
+inline constexpr LONG WarningLine = 2;
+
 // Offered by a root object that can tell beforehand which trace records it drops, so that nobody builds them.
 struct IDebugLevel : IUnknown {
-    // `ident` is 1 for an enter, 0 for a line, -1 for a leave. S_OK when wanted, S_FALSE when not. Asked once,
-    // after "INIT".
+    // `ident` is 1 for an enter, 0 for a line, WarningLine, or -1 for a leave. S_OK when wanted, S_FALSE when not.
+    // Asked once, after "INIT".
     virtual HRESULT IsWanted(LONG ident) = 0;
 
 protected:

@@ -4,6 +4,8 @@
 
 #include "diagnostics/interface/BstrLiteral.h"
 
+#include <string_view>
+
 namespace BugSlayerUtil {
 
 namespace Verb {
@@ -17,6 +19,13 @@ inline constexpr CBstrLiteral IsClean{L"IS CLEAN"};
 inline constexpr CBstrLiteral DoClean{L"DO CLEAN"};
 inline constexpr CBstrLiteral ReportDialog{L"REPORTDIALOG"};
 } // namespace Verb
+
+// How the message of a line tells that it is one.
+inline constexpr std::wstring_view WarningMarks[] = {L"[Warning]", L"[WARNING]"};
+
+[[nodiscard]] constexpr bool IsWarning(std::wstring_view message) noexcept {
+    return message.starts_with(WarningMarks[0]) || message.starts_with(WarningMarks[1]);
+}
 
 namespace RecordType {
 inline constexpr const wchar_t* Trace = L"TRACE";

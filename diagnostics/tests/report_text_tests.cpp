@@ -1,7 +1,10 @@
 #include "diagnostics/interface/ReportText.h"
 
 #include <array>
+#include <fmt/printf.h>
+#include <fmt/xchar.h>
 #include <gtest/gtest.h>
+#include <limits>
 
 namespace {
 
@@ -35,6 +38,27 @@ TEST(ReportText, KeepsTheWidthOfANumber) {
     EXPECT_EQ(Format(L"%u", -1), L"4294967295");
     EXPECT_EQ(Format(L"%lld", std::int64_t{-5'000'000'000}), L"-5000000000");
     EXPECT_EQ(Format(L"%llu", ~std::uint64_t{0}), L"18446744073709551615");
+}
+
+// The common conversions are expanded without the library, and must not be told from its own.
+TEST(ReportText, SimpleConversionsReadAsInTheLibrary) {
+    const int object = 0;
+    for (const int number :
+         {0, 1, -1, 9, 10, 255, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()})
+        for (const wchar_t* format : {L"%d", L"<%d>", L"%X", L"Mask = %X", L"%5d", L"%05X"})
+            EXPECT_EQ(Format(format, number), fmt::sprintf(format, number));
+    for (const unsigned number : {0u, 10u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
+        for (const wchar_t* format : {L"%X", L"%u", L"%d", L"%x"})
+            EXPECT_EQ(Format(format, number), fmt::sprintf(format, number));
+    for (const void* pointer : {static_cast<const void*>(&object), static_cast<const void*>(nullptr),
+                                reinterpret_cast<const void*>(0xFEDCBA9876543210)})
+        EXPECT_EQ(Format(L"Sink = %p", pointer), fmt::sprintf(L"Sink = %p", pointer));
+    EXPECT_EQ(Format(L"%d%%%X|%s|%5.1f", -7, 0xABCDEF, L"text", 2.25),
+              fmt::sprintf(L"%d%%%X|%s|%5.1f", -7, 0xABCDEF, L"text", 2.25));
+    EXPECT_EQ(Format(L"%s", std::wstring(10'000, L'x')), std::wstring(10'000, L'x'));
+    EXPECT_EQ(Format(L"%d", 1, 2), L"1") << "what no conversion asks for is left over";
+    EXPECT_EQ(Format(L"a%d", std::int64_t{1}), L"a1");
+    EXPECT_EQ(Format(L"%s", std::wstring_view(L"a\0b", 3)), std::wstring_view(L"a\0b", 3));
 }
 
 TEST(ReportText, TakesTextOfEveryKind) {

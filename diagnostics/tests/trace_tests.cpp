@@ -167,6 +167,30 @@ TEST_F(Trace, WhatTheLibraryDoesNotWantIsNotBuilt) {
     EXPECT_THAT(Recorder::Verbs(), ElementsAre(L"CREATE", L"INIT", L"CREATE", L"PROCESS"));
 }
 
+TEST_F(Trace, WarningsAreBuiltWhereOtherLinesAreNotWanted) {
+    Recorder::SetUnwanted({1, 0, -1});
+    const CScope scope;
+    scope.Trace(L"line %d", 1);
+    scope.Trace(nullptr);
+    scope.Trace(L"");
+    scope.Trace(L"[Warn");
+    scope.Trace(L"[Warning] PointValue = %d.", 2);
+    scope.Trace(L"[WARNING]");
+    scope.Trace(L"%s three", L"[Warning]");
+    scope.Trace(L"[Warn%s four", L"ing]");
+    scope.Trace(L"%s five", L"[Info]");
+    EXPECT_EQ(Recorder::Messages(),
+              (Texts{L"[Warning] PointValue = 2.", L"[WARNING]", L"[Warning] three", L"[Warning] four"}));
+}
+
+TEST_F(Trace, NotEvenWarningsAreBuiltWhereTheyAreNotWanted) {
+    Recorder::SetUnwanted({1, 0, 2, -1});
+    const CScope scope;
+    scope.Trace(L"[Warning] %d", 1);
+    scope.Trace(L"%s", L"[Warning]");
+    EXPECT_THAT(Recorder::Verbs(), ElementsAre(L"CREATE", L"INIT"));
+}
+
 TEST_F(Trace, ATotalIsKeptEvenWhenTheLeaveIsNotWanted) {
     Recorder::SetUnwanted({1, -1});
     std::atomic<double> total{0};
