@@ -44,8 +44,12 @@ public:
     [[nodiscard]] CTaskQueue Take() override;
 
 private:
-    CTaskQueue m_Tasks;
-    CSpinLock m_Lock; // nothing else is locked within
+    // Who pops has a queue of his own, taken over whole when the last one is used up, so that he seldom meets who
+    // pushes. Nothing else is locked within, and m_PopLock is locked first.
+    CTaskQueue m_Oldest; // guarded by m_PopLock
+    CSpinLock m_PopLock;
+    CTaskQueue m_Tasks; // guarded by m_Lock
+    CSpinLock m_Lock;
 };
 
 } // namespace LocalRPC::details::utils

@@ -41,6 +41,35 @@ TEST_F(TaskStorage, TasksComeOutInTheOrderTheyWentIn) {
     EXPECT_FALSE(Pop());
 }
 
+TEST_F(TaskStorage, TheOrderHoldsAcrossPushesBetweenPops) {
+    std::vector<CTaskPtr> tasks;
+    for (int i = 0; i < 5; ++i)
+        tasks.push_back(MakeAsyncTask([] {}));
+    m_Storage.Push(tasks[0]);
+    m_Storage.Push(tasks[1]);
+    EXPECT_EQ(Pop(), tasks[0]);
+    m_Storage.Push(tasks[2]);
+    m_Storage.Push(tasks[3]);
+    for (int i = 1; i < 4; ++i)
+        EXPECT_EQ(Pop(), tasks[i]);
+    EXPECT_FALSE(Pop());
+    m_Storage.Push(tasks[4]);
+    EXPECT_EQ(Pop(), tasks[4]);
+}
+
+TEST_F(TaskStorage, TakeGivesAllThatIsLeftInItsOrder) {
+    std::vector<CTaskPtr> tasks;
+    for (int i = 0; i < 4; ++i)
+        tasks.push_back(MakeAsyncTask([] {}));
+    m_Storage.Push(tasks[0]);
+    m_Storage.Push(tasks[1]);
+    EXPECT_EQ(Pop(), tasks[0]);
+    m_Storage.Push(tasks[2]);
+    m_Storage.Push(tasks[3]);
+    EXPECT_THAT(m_Storage.Take(), testing::ElementsAre(tasks[1], tasks[2], tasks[3]));
+    EXPECT_FALSE(Pop());
+}
+
 TEST_F(TaskStorage, HoldsOneReferenceToEachTask) {
     const CTaskPtr task = MakeAsyncTask([] {});
     m_Storage.Push(task);
@@ -72,6 +101,18 @@ TEST_F(TaskStorage, TasksAreNotDestroyedUnderTheLock) {
     m_Storage.Pop(task);
     EXPECT_FALSE(task);
     EXPECT_TRUE(Pop());
+}
+
+TEST_F(TaskStorage, ClearReachesWhatIsNextToo) {
+    const CTaskPtr task = MakeAsyncTask([] {});
+    m_Storage.Push(MakeAsyncTask([] {}));
+    m_Storage.Push(task);
+    EXPECT_TRUE(Pop());
+    m_Storage.Push(MakeAsyncTask([] {}));
+    m_Storage.Clear();
+    EXPECT_FALSE(Pop());
+    EXPECT_EQ(task->AddRef(), 2);
+    task->Release();
 }
 
 TEST_F(TaskStorage, ClearReleasesWhoWaitsForADroppedTask) {

@@ -49,6 +49,30 @@ TEST_F(WndMsgPump, APostFromTheWindowsThreadAlwaysPostsAnotherMessage) {
     EXPECT_THAT(m_Notes, ElementsAre(1, 2, 3, 4));
 }
 
+// A thread's messages are limited in number; its tasks are not.
+TEST_F(WndMsgPump, MoreTasksThanTheMessageQueueTakesAllRunInTheirOrder) {
+    constexpr int Tasks = 2 * static_cast<int>(platform::MaxPostedMessages) + 1;
+    std::vector<int> expected;
+    for (int i = 0; i < Tasks; ++i)
+        expected.push_back(i);
+    const auto queue = platform::CMessageQueueHandle::Current();
+    const std::uint64_t wakes = queue.WakeCount();
+    Elsewhere([&] {
+        for (int i = 0; i < Tasks; ++i)
+            EXPECT_TRUE(PostNote(i));
+    });
+    EXPECT_EQ(queue.WakeCount(), wakes + 1);
+    platform::DispatchPendingMessages();
+    EXPECT_EQ(m_Notes, expected);
+    m_Notes.clear();
+    int refused = 0;
+    for (int i = 0; i < Tasks; ++i)
+        refused += PostNote(i) ? 0 : 1;
+    EXPECT_EQ(refused, Tasks - static_cast<int>(platform::MaxPostedMessages)) << "as messages, but not as tasks";
+    platform::DispatchPendingMessages();
+    EXPECT_EQ(m_Notes, expected);
+}
+
 TEST_F(WndMsgPump, ANullTaskOnlyWakes) {
     Elsewhere([&] {
         for (int i = 0; i < 3; ++i)
