@@ -11,6 +11,7 @@
 #include "platform/com/dispatch.h"
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <mutex>
@@ -32,14 +33,17 @@ public:
     // Takes the sink off the list. True when it was there.
     bool Remove(std::size_t bit, IDispatch* sink);
 
-    // False past the end of the list.
+    // False past the end of the list, which costs no lock.
     bool At(std::size_t bit, std::size_t index, Sink& sink) const;
 
 private:
-    using List = std::vector<Sink>;
+    struct tagList {
+        std::vector<Sink> Sinks;           // guarded by m_Lock
+        std::atomic<std::size_t> Count{0}; // of the sinks, for a look without the lock
+    };
 
     mutable std::mutex m_Lock;
-    std::array<List, NotifyBitCount> m_Lists; // guarded by m_Lock
+    std::array<tagList, NotifyBitCount> m_Lists;
 };
 
 } // namespace sqStorage
