@@ -1,4 +1,5 @@
 // Registration of sinks and delivery of changes, on the thread that created the storage.
+#include "RecordingSink.h"
 #include "StorageFixture.h"
 #include "platform/com/object.h"
 #include "platform/message_queue.h"
@@ -14,28 +15,11 @@ namespace {
 
 using namespace tests;
 using IDM_qxStorage::IqxStorageNotify;
-using IDM_qxStorage::IqxStorageNotifySink;
 using IDM_qxStorage::IqxStorageSmartNotify;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-// Keeps what it is told, and answers as it is told to.
-class CSink final : public platform::CObject<CSink, platform::ECounter::Interlocked,
-                                             platform::CDispatchImpl<IqxStorageNotifySink>> {
-public:
-    HRESULT DataChanged(ULONG Mask, LONG ValueID) override {
-        Calls.emplace_back(Mask, ValueID);
-        Thread = std::this_thread::get_id();
-        return OnCall ? OnCall(Mask) : Answer;
-    }
-
-    std::vector<Change> Calls;
-    std::thread::id Thread;
-    HRESULT Answer = S_OK;
-    std::function<HRESULT(ULONG)> OnCall;
-};
 
 // Has IDispatch and nothing else.
 class CNoSink final
@@ -58,8 +42,8 @@ protected:
         for (const auto& sink : m_Sinks)
             m_Notify->UnadviseNotify(0xFFFFFFFF, sink.Get());
     }
-    CComPtr<CSink> Sink() {
-        m_Sinks.push_back(platform::MakeObject<CSink>());
+    CComPtr<CRecordingSink> Sink() {
+        m_Sinks.push_back(platform::MakeObject<CRecordingSink>());
         return m_Sinks.back();
     }
     void Deliver() { platform::DispatchPendingMessages(); }
@@ -71,7 +55,7 @@ protected:
 
     CComPtr<IqxStorageNotify> m_Notify;
     CComPtr<IqxStorageSmartNotify> m_Smart;
-    std::vector<CComPtr<CSink>> m_Sinks;
+    std::vector<CComPtr<CRecordingSink>> m_Sinks;
 };
 
 TEST_F(Notify, AChangeReachesItsSinkOnTheCreatingThreadWhenItPumps) {
@@ -118,22 +102,18 @@ TEST_F(Notify, ASinkStandsOnceForEachBit) {
 
 TEST_F(Notify, EachRegistrationHoldsOneReference) {
     const auto sink = Sink();
-    const auto count = [&] {
-        sink->AddRef();
-        return sink->Release();
-    };
-    const ULONG before = count();
+    const ULONG before = sink->Count();
     m_Notify->AdviseNotify(0x7, sink.Get());
-    EXPECT_EQ(before + 3, count());
+    EXPECT_EQ(before + 3, sink->Count());
     m_Notify->AdviseNotify(0x1, sink.Get());
-    EXPECT_EQ(before + 3, count());
+    EXPECT_EQ(before + 3, sink->Count());
     m_Smart->SendNotify(0x7);
     Deliver();
-    EXPECT_EQ(before + 3, count());
+    EXPECT_EQ(before + 3, sink->Count());
     m_Notify->UnadviseNotify(0x2, sink.Get());
-    EXPECT_EQ(before + 2, count());
+    EXPECT_EQ(before + 2, sink->Count());
     m_Notify->UnadviseNotify(0xFFFFF, sink.Get());
-    EXPECT_EQ(before, count());
+    EXPECT_EQ(before, sink->Count());
 }
 
 TEST_F(Notify, EveryBitIsToldByItselfInRisingOrder) {
@@ -173,6 +153,23 @@ TEST_F(Notify, SinksAreCalledInTheOrderOfRegistration) {
     m_Smart->SendNotify(1);
     Deliver();
     EXPECT_THAT(order, ElementsAre(2, 1));
+}
+
+TEST_F(Notify, ASinkTakenOffLeavesTheOthersInTheirOrder) {
+    std::vector<int> order;
+    std::vector<CComPtr<CRecordingSink>> sinks;
+    for (int number = 0; number < 4; ++number) {
+        sinks.push_back(Sink());
+        sinks.back()->OnCall = [&order, number](ULONG) {
+            order.push_back(number);
+            return S_OK;
+        };
+        m_Notify->AdviseNotify(0x1, sinks.back().Get());
+    }
+    m_Notify->UnadviseNotify(0x1, sinks[1].Get());
+    m_Smart->SendNotify(1);
+    Deliver();
+    EXPECT_THAT(order, ElementsAre(0, 2, 3));
 }
 
 TEST_F(Notify, ASinkThatAnswersFalseIsDroppedFromAllMasksAfterTheBroadcast) {
@@ -219,6 +216,30 @@ TEST_F(Notify, ASinkThatTakesItselfOffLetsTheNextOneMissThisNotification) {
     EXPECT_EQ(1U, first->Calls.size());
     EXPECT_EQ(0U, second->Calls.size());
     EXPECT_EQ(1U, third->Calls.size());
+}
+
+// Who is to be dropped is looked up behind the call, at the place where the sink stood.
+TEST_F(Notify, ASinkThatTakesItselfOffAndFailsHasTheNextOneDropped) {
+    const auto first = Sink();
+    const auto second = Sink();
+    for (const auto& sink : {first, second})
+        m_Notify->AdviseNotify(0x1, sink.Get());
+    m_Notify->AdviseNotify(0x8, second.Get());
+    first->OnCall = [&](ULONG) {
+        m_Notify->UnadviseNotify(0x1, first.Get());
+        return E_FAIL;
+    };
+    m_Smart->SendNotify(1);
+    Deliver();
+    EXPECT_THAT(second->Calls, IsEmpty());
+    EXPECT_EQ(S_FALSE, m_Notify->UnadviseNotify(0xFFFFF, second.Get()));
+    // With no next one, nobody is.
+    m_Notify->AdviseNotify(0x1, second.Get());
+    m_Notify->AdviseNotify(0x1, first.Get());
+    m_Smart->SendNotify(1);
+    Deliver();
+    EXPECT_THAT(second->Calls, ElementsAre(Change(0x1, 0)));
+    EXPECT_EQ(S_OK, m_Notify->UnadviseNotify(0x1, second.Get()));
 }
 
 TEST_F(Notify, ASinkAddedFromInsideACallIsToldOfThisChangeToo) {
@@ -350,7 +371,7 @@ TEST_F(Notify, ThreadsAdviseAndUnadviseWhileChangesAreDelivered) {
         threads.emplace_back([&, t] {
             // An instance is counted by one thread at a time; the calls need none of its references.
             for (int i = 0; i < Rounds; ++i) {
-                const auto sink = platform::MakeObject<CSink>();
+                const auto sink = platform::MakeObject<CRecordingSink>();
                 m_Notify->AdviseNotify(0xFFFFF, sink.Get());
                 m_Smart->SendNotify(1 << t);
                 m_Notify->UnadviseNotify(0xFFFFF, sink.Get());

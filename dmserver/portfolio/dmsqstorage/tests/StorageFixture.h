@@ -2,6 +2,7 @@
 #pragma once
 
 #include "HostFixture.h"
+#include "RecordingSink.h"
 #include "diagnostics/tests/recorder/Recorder.h"
 #include "dmserver/portfolio/dmsqstorage/interface/BroadcastObserver.h"
 
@@ -11,9 +12,6 @@
 #include <vector>
 
 namespace tests {
-
-// A change as it was announced: mask and value.
-using Change = std::pair<ULONG, LONG>;
 
 class CBroadcastRecorder final : public sqStorage::IBroadcastObserver {
 public:
