@@ -7,14 +7,6 @@
 
 #include <cstdlib>
 
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __tsan_default_options();
-extern "C" const char* __tsan_default_suppressions();
-// The client library and the engine keep what they allocated, and synchronise in ways that no sanitizer sees.
-extern "C" const char* __lsan_default_suppressions() { return "leak:libfbclient\n"; }
-extern "C" const char* __tsan_default_options() { return "detect_deadlocks=0"; }
-extern "C" const char* __tsan_default_suppressions() { return "race:libEngine12\nrace:libfbclient\n"; }
-
 namespace sqCliTest {
 
 namespace {
@@ -68,6 +60,7 @@ void CHeldDatabase::Open(std::wstring_view statement, IDispatch* results) {
 }
 
 Sandbox::Sandbox() : m_Folder("sqstorage-test"), m_Locks(L"FIREBIRD_LOCK", LockFolder()) {
+    // What cmake/SanitizerOptions.cpp says in the test programs: the program itself is as it is shipped.
     platform::WriteFileAtomically(Folder() / "leaks", "leak:libfbclient\n");
     platform::WriteFileAtomically(Folder() / "races", "race:libEngine12\nrace:libfbclient\n");
 }

@@ -145,6 +145,18 @@ TEST_F(Task, APumpingWaitServesWhatComesLater) {
     runner.join();
 }
 
+TEST_F(Task, APumpingWaitEndsThoughMessagesNeverRunOut) {
+    CRunner window;
+    const CTaskPtr task = MakeSyncTask([] {});
+    std::function<void()> run = [&] {
+        task->Execute();
+        window.Handle().Post(platform::UserMessage, reinterpret_cast<std::uintptr_t>(&run));
+    };
+    window.Handle().Post(platform::UserMessage, reinterpret_cast<std::uintptr_t>(&run));
+    EXPECT_EQ(task->Wait(platform::Infinite, Pumping), platform::WaitSignalled);
+    EXPECT_GE(window.Count, 1);
+}
+
 TEST_F(Task, APumpingWaitForARunTaskTouchesNoMessage) {
     CRunner window;
     const CTaskPtr task = MakeSyncTask([] {});
