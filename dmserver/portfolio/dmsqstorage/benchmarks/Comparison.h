@@ -1,18 +1,35 @@
-// Two ways to do the same thing, measured in turns within one run. "ratio" is the time of ours over the bare one.
+// Two ways to do the same thing, measured in turns within one run. "ratio" is the time of ours over the bare one;
+// "cpu_ratio" is the same of the processor time, which a busy machine changes least.
 #pragma once
 
 #include <benchmark/benchmark.h>
 #include <chrono>
 #include <cstddef>
+#include <ctime>
 
 namespace bench {
 
-template <class Call>
-double Seconds(Call&& call) {
-    const auto start = std::chrono::steady_clock::now();
-    call();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
+// What a side has taken so far.
+class CTimes {
+public:
+    // Returns what this run took, in seconds.
+    template <class Call>
+    double Run(Call&& call) {
+        const std::clock_t cpu = std::clock();
+        const auto start = std::chrono::steady_clock::now();
+        call();
+        const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        m_Cpu += static_cast<double>(std::clock() - cpu);
+        m_Seconds += seconds;
+        return seconds;
+    }
+    double Seconds() const { return m_Seconds; }
+    double Cpu() const { return m_Cpu; } // ticks
+
+private:
+    double m_Seconds = 0;
+    double m_Cpu = 0;
+};
 
 // Counts both sides of a comparison.
 class CComparison {
@@ -25,30 +42,27 @@ public:
     template <class Ours, class Bare, class Tidy>
     void Round(benchmark::State& state, Ours&& ours, Bare&& bare, Tidy&& tidy) {
         // The side that goes first changes, so that neither always pays for the other's traces in the caches.
-        double oursNow = 0;
-        double bareNow = 0;
-        if (m_Rounds++ % 2) {
-            bareNow = Seconds(bare);
+        const bool isBareFirst = m_Rounds++ % 2 != 0;
+        if (isBareFirst) {
+            m_Bare.Run(bare);
             tidy();
-            oursNow = Seconds(ours);
-        } else {
-            oursNow = Seconds(ours);
-            tidy();
-            bareNow = Seconds(bare);
         }
+        state.SetIterationTime(m_Ours.Run(ours));
         tidy();
-        m_Ours += oursNow;
-        m_Bare += bareNow;
-        state.SetIterationTime(oursNow);
+        if (!isBareFirst) {
+            m_Bare.Run(bare);
+            tidy();
+        }
     }
     void Report(benchmark::State& state) const {
-        state.counters["bare_us"] = m_Bare / static_cast<double>(m_Rounds) * 1e6;
-        state.counters["ratio"] = m_Ours / m_Bare;
+        state.counters["bare_us"] = m_Bare.Seconds() / static_cast<double>(m_Rounds) * 1e6;
+        state.counters["ratio"] = m_Ours.Seconds() / m_Bare.Seconds();
+        state.counters["cpu_ratio"] = m_Ours.Cpu() / m_Bare.Cpu();
     }
 
 private:
-    double m_Ours = 0;
-    double m_Bare = 0;
+    CTimes m_Ours;
+    CTimes m_Bare;
     std::size_t m_Rounds = 0;
 };
 
