@@ -181,44 +181,54 @@ void CQuery::Fetch(LONG count, LONG& delivered) {
     if (!m_Statement)
         return;
     const LONG limit = count == AllRows ? std::numeric_limits<LONG>::max() : count;
-    while (delivered < limit) {
-        const unsigned char* const row = NextRow();
-        if (!row)
-            break;
-        m_Plan.AppendRow(row, CBlobReader(Status(), m_Transaction->Connection().Attachment(), *m_Part));
-        ++delivered;
-        ++m_Delivered;
+    if (!m_IsKept) {
+        if (AppendReadRows(limit, delivered))
+            return;
+        // It has given rows before it came to write. Those are the first ones of the run that may write, too.
+        StartOver();
     }
+    AppendKeptRows(limit, delivered);
 }
 
-const unsigned char* CQuery::NextRow() {
-    if (m_IsKept)
-        return NextKeptRow();
+// False when the statement comes to write.
+bool CQuery::AppendReadRows(LONG limit, LONG& delivered) {
     try {
-        return NextCursorRow();
+        if (delivered < limit && std::exchange(m_HasRow, false))
+            AppendRow(m_Statement->RowBuffer().data(), delivered);
+        while (delivered < limit) {
+            if (!m_Cursor && !OpenNextCursor())
+                break;
+            AppendRowsOfCursor(limit, delivered);
+        }
+        return true;
     } catch (const CDatabaseError& error) {
         if (!error.Report().Has(isc_read_only_trans))
             throw;
+        return false;
     }
-    // It has given rows before it came to write. Those are the first ones of the run that may write, too.
-    StartOver();
-    return NextKeptRow();
 }
 
-const unsigned char* CQuery::NextKeptRow() {
-    if (m_Delivered >= m_KeptCount)
-        return nullptr;
-    return m_KeptRows.data() + m_Delivered * m_Statement->RowBuffer().size();
+void CQuery::AppendRowsOfCursor(LONG limit, LONG& delivered) {
+    CStatus& status = Status();
+    IResultSet& cursor = *m_Cursor;
+    unsigned char* const row = m_Statement->RowBuffer().data();
+    const CBlobReader blobs(status, m_Transaction->Connection().Attachment(), *m_Part);
+    for (; delivered < limit; ++delivered, ++m_Delivered) {
+        if (cursor.fetchNext(&status, row) != IStatus::RESULT_OK) [[unlikely]]
+            return CloseCursor();
+        m_Plan.AppendRow(row, blobs);
+    }
 }
 
-const unsigned char* CQuery::NextCursorRow() {
-    if (std::exchange(m_HasRow, false))
-        return m_Statement->RowBuffer().data();
-    do {
-        if (m_Cursor && ReadRow())
-            return m_Statement->RowBuffer().data();
-    } while (OpenNextCursor());
-    return nullptr;
+void CQuery::AppendKeptRows(LONG limit, LONG& delivered) {
+    while (delivered < limit && m_Delivered < m_KeptCount)
+        AppendRow(m_KeptRows.data() + m_Delivered * m_Statement->RowBuffer().size(), delivered);
+}
+
+void CQuery::AppendRow(const unsigned char* row, LONG& delivered) {
+    m_Plan.AppendRow(row, CBlobReader(Status(), m_Transaction->Connection().Attachment(), *m_Part));
+    ++delivered;
+    ++m_Delivered;
 }
 
 void CQuery::CloseCursor() {

@@ -55,9 +55,10 @@ private:
     void KeepRow();
     bool OpenNextCursor();
     bool ReadRow();
-    const unsigned char* NextRow();
-    const unsigned char* NextKeptRow();
-    const unsigned char* NextCursorRow();
+    bool AppendReadRows(LONG limit, LONG& delivered);
+    void AppendRowsOfCursor(LONG limit, LONG& delivered);
+    void AppendKeptRows(LONG limit, LONG& delivered);
+    void AppendRow(const unsigned char* row, LONG& delivered);
     void CloseCursor();
     void Clear();
 

@@ -4,13 +4,16 @@
 
 #include "platform/text.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
 namespace IDM_dmFirebird {
 
 using IDM_dmudfcom::EColumnType;
+using IDM_dmudfcom::EPackedForm;
 using IDM_dmudfcom::ITableRows;
+using IDM_dmudfcom::tagPackedCell;
 
 namespace {
 
@@ -74,23 +77,54 @@ std::string CBlobReader::Read(ISC_QUAD id) const {
 
 CResultPlan::CResultPlan(std::span<const tagColumn> columns, ITableRows& table) : m_Table(&table) {
     const bool isEmpty = table.ColumnCount() == 0;
-    m_Steps.reserve(columns.size());
+    m_Cells.reserve(columns.size());
     LONG expected = 0;
     for (const tagColumn& column : columns) {
         const LONG known = Find(table, column.Name, expected++);
         if (isEmpty && known < 0)
-            AddStep(column, table.AddColumn(column.Name, TypeOf(column)));
+            Bind(column, table.AddColumn(column.Name, TypeOf(column)));
         else if (!isEmpty && known >= 0)
-            AddStep(column, static_cast<ULONG>(known));
+            Bind(column, static_cast<ULONG>(known));
     }
 }
 
-void CResultPlan::AddStep(const tagColumn& column, ULONG target) {
-    for (const tagStep& step : m_Steps)
-        if (step.Target == target)
-            return;
-    m_Steps.push_back({MoveOf(column, m_Table->ColumnType(target)), target, column.Offset, column.NullOffset,
-                       column.Length, column.Scale == 0 ? 1.0 : std::pow(10.0, -column.Scale)});
+bool CResultPlan::HasTarget(ULONG target) const {
+    return std::ranges::find(m_Cells, target, &tagPackedCell::Column) != m_Cells.end() ||
+           std::ranges::find(m_Steps, target, &tagStep::Target) != m_Steps.end();
+}
+
+void CResultPlan::Bind(const tagColumn& column, ULONG target) {
+    if (HasTarget(target))
+        return;
+    if (const auto form = PackedFormOf(column))
+        m_Cells.push_back({*form, target, column.Offset, column.NullOffset, -DayShift});
+    else
+        m_Steps.push_back({MoveOf(column, m_Table->ColumnType(target)), target, column.Offset, column.NullOffset,
+                           column.Length, column.Scale == 0 ? 1.0 : std::pow(10.0, -column.Scale)});
+}
+
+std::optional<EPackedForm> CResultPlan::PackedFormOf(const tagColumn& column) {
+    if (column.Scale != 0)
+        return std::nullopt;
+    switch (column.Type) {
+    case SQL_VARYING:
+        return column.CharSet == CharSetOctets ? std::nullopt : std::optional(EPackedForm::Text);
+    case SQL_SHORT:
+        return EPackedForm::Short;
+    case SQL_LONG:
+        return EPackedForm::Long;
+    case SQL_INT64:
+        return EPackedForm::Int64;
+    case SQL_FLOAT:
+        return EPackedForm::Float;
+    case SQL_DOUBLE:
+    case SQL_D_FLOAT:
+        return EPackedForm::Double;
+    case SQL_TYPE_DATE:
+        return EPackedForm::Day;
+    default:
+        return std::nullopt;
+    }
 }
 
 EColumnType CResultPlan::TypeOf(const tagColumn& column) {
@@ -119,25 +153,17 @@ EColumnType CResultPlan::TypeOf(const tagColumn& column) {
 }
 
 CResultPlan::EMove CResultPlan::MoveOf(const tagColumn& column, EColumnType target) {
-    const bool isScaled = column.Scale != 0;
     switch (column.Type) {
     case SQL_VARYING:
-        return column.CharSet == CharSetOctets ? EMove::Bytes : EMove::Text;
+        return EMove::Bytes;
     case SQL_TEXT:
         return column.CharSet == CharSetOctets ? EMove::FixedBytes : EMove::FixedText;
     case SQL_SHORT:
-        return isScaled ? EMove::ScaledShort : EMove::Short;
+        return EMove::ScaledShort;
     case SQL_LONG:
-        return isScaled ? EMove::ScaledLong : EMove::Long;
+        return EMove::ScaledLong;
     case SQL_INT64:
-        return isScaled ? EMove::ScaledInt64 : EMove::Int64;
-    case SQL_FLOAT:
-        return EMove::Float;
-    case SQL_DOUBLE:
-    case SQL_D_FLOAT:
-        return EMove::Double;
-    case SQL_TYPE_DATE:
-        return EMove::Date;
+        return EMove::ScaledInt64;
     case SQL_TYPE_TIME:
         return EMove::Time;
     case SQL_TIMESTAMP:
@@ -158,7 +184,7 @@ CResultPlan::EMove CResultPlan::MoveOf(const tagColumn& column, EColumnType targ
 void CResultPlan::AppendRow(const unsigned char* row, const CBlobReader& blobs) const {
     if (!m_Table)
         return;
-    m_Table->AppendRow();
+    m_Table->AppendPacked(row, m_Cells);
     for (const tagStep& step : m_Steps)
         if (Load<std::int16_t>(row + step.NullOffset) == 0)
             AppendValue(step, row + step.Offset, blobs);
@@ -168,32 +194,18 @@ inline void CResultPlan::AppendValue(const tagStep& step, const unsigned char* v
                                      const CBlobReader& blobs) const {
     ITableRows& table = *m_Table;
     switch (step.Move) {
-    case EMove::Text:
-        return table.PutText(step.Target, Varying(value));
     case EMove::FixedText:
         return table.PutText(step.Target, WithoutFill(Fixed(value, step.Length)));
     case EMove::Bytes:
         return table.PutText(step.Target, ToHex(Varying(value)));
     case EMove::FixedBytes:
         return table.PutText(step.Target, ToHex(Fixed(value, step.Length)));
-    case EMove::Short:
-        return table.PutInteger(step.Target, Load<std::int16_t>(value));
-    case EMove::Long:
-        return table.PutInteger(step.Target, Load<std::int32_t>(value));
-    case EMove::Int64:
-        return table.PutInteger(step.Target, Load<std::int64_t>(value));
     case EMove::ScaledShort:
         return table.PutReal(step.Target, Load<std::int16_t>(value) / step.Divisor);
     case EMove::ScaledLong:
         return table.PutReal(step.Target, Load<std::int32_t>(value) / step.Divisor);
     case EMove::ScaledInt64:
         return table.PutReal(step.Target, static_cast<double>(Load<std::int64_t>(value)) / step.Divisor);
-    case EMove::Float:
-        return table.PutReal(step.Target, static_cast<double>(Load<float>(value)));
-    case EMove::Double:
-        return table.PutReal(step.Target, Load<double>(value));
-    case EMove::Date:
-        return table.PutDay(step.Target, Load<ISC_DATE>(value) - DayShift);
     case EMove::Time:
         return table.PutSeconds(step.Target, Load<ISC_TIME>(value) / TimeUnits);
     case EMove::TimestampDay:

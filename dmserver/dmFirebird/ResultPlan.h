@@ -1,11 +1,12 @@
 // How the rows of a statement go into a table. Names are looked up once, when the plan is made; a row is then moved
-// column by column without asking anything.
+// without asking anything: most of it by the table itself, the rest value by value.
 #pragma once
 
 #include "PreparedStatement.h"
 
 #include "dmserver/dmudfcom/interface/TableRows.h"
 
+#include <optional>
 #include <vector>
 
 namespace IDM_dmFirebird {
@@ -37,20 +38,14 @@ public:
     void AppendRow(const unsigned char* row, const CBlobReader& blobs) const;
 
 private:
+    // The moves that a table does not make by itself.
     enum class EMove {
-        Text,
         FixedText,
         Bytes,
         FixedBytes,
-        Short,
-        Long,
-        Int64,
         ScaledShort,
         ScaledLong,
         ScaledInt64,
-        Float,
-        Double,
-        Date,
         Time,
         TimestampDay,
         TimestampTime,
@@ -68,12 +63,15 @@ private:
         double Divisor;
     };
 
+    static std::optional<IDM_dmudfcom::EPackedForm> PackedFormOf(const tagColumn& column);
     static EMove MoveOf(const tagColumn& column, IDM_dmudfcom::EColumnType target);
     static IDM_dmudfcom::EColumnType TypeOf(const tagColumn& column);
-    void AddStep(const tagColumn& column, ULONG target);
+    bool HasTarget(ULONG target) const;
+    void Bind(const tagColumn& column, ULONG target);
     void AppendValue(const tagStep& step, const unsigned char* value, const CBlobReader& blobs) const;
 
     IDM_dmudfcom::ITableRows* m_Table = nullptr;
+    std::vector<IDM_dmudfcom::tagPackedCell> m_Cells;
     std::vector<tagStep> m_Steps;
 };
 

@@ -350,6 +350,14 @@ void CColumn::MarkNull(Row row) {
     chunk.Nulls[row % ChunkRows / 64] |= std::uint64_t{1} << row % 64;
 }
 
+void CColumn::WriteDay(Row row, LONG day) {
+    std::string scratch;
+    if (m_Type == EColumnType::Text)
+        SetText(row, WriteDate(day, scratch));
+    else
+        SetInteger(row, day);
+}
+
 void CColumn::Extend(Row row) {
     if (row >= m_Capacity)
         AddRoom(row + 1);
@@ -360,7 +368,8 @@ void CColumn::Extend(Row row) {
 
 void CColumn::AddRoom(Row needed) {
     if (m_Capacity < ChunkRows) {
-        const Row rows = needed >= ChunkRows ? ChunkRows : std::bit_ceil(std::max(needed, FirstRoom));
+        const Row wanted = std::max({needed, 4 * m_Capacity, FirstRoom});
+        const Row rows = wanted >= ChunkRows ? ChunkRows : std::bit_ceil(wanted);
         auto cells = std::make_unique_for_overwrite<std::byte[]>(std::size_t{rows} * m_Width);
         if (m_Chunks.empty())
             m_Chunks.emplace_back();

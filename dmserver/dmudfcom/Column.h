@@ -51,6 +51,32 @@ public:
     bool SetText(Row row, std::string_view text);
     void SetNull(Row row);
 
+    // The same, short for what is most common, and only for a cell that was never written.
+    void PutLong(Row row, LONG value) {
+        if (m_Type == EColumnType::Long) [[likely]]
+            Store(row, value);
+        else
+            SetInteger(row, value);
+    }
+    void PutDay(Row row, LONG day) {
+        if (m_Type == EColumnType::Date) [[likely]]
+            Store(row, day);
+        else
+            WriteDay(row, day);
+    }
+    void PutDouble(Row row, double value) {
+        if (m_Type == EColumnType::Double) [[likely]]
+            Store(row, value);
+        else
+            SetReal(row, value);
+    }
+    void PutText(Row row, std::string_view text) {
+        if (m_Pool) [[likely]]
+            Store(row, m_Pool->Add(text));
+        else
+            SetText(row, text);
+    }
+
     // Rows from `first` on. What cannot be converted is 0.
     void GetIntegers(Row first, std::span<LONG> values) const;
     void SetIntegers(Row first, std::span<const LONG> values);
@@ -82,7 +108,9 @@ private:
     }
     template <class T>
     void Store(Row row, T value) {
-        if (row >= m_Size)
+        if (row == m_Size && row < m_Capacity) [[likely]]
+            ++m_Size;
+        else if (row >= m_Size)
             Extend(row);
         tagChunk& chunk = m_Chunks[row / ChunkRows];
         if (chunk.Nulls)
@@ -96,6 +124,7 @@ private:
     void StoreRun(Row first, Row count, Fill&& fill);
     void Keep(const tagSharedText& text);
 
+    void WriteDay(Row row, LONG day);
     void Extend(Row row);
     void AddRoom(Row needed);
     void MarkNull(Row row);

@@ -31,6 +31,59 @@ std::uint64_t LoadUpTo8(const char* data, std::size_t size) {
     return value;
 }
 
+template <class T>
+bool IsSameAt(const char* left, const char* right) {
+    T leftValue;
+    T rightValue;
+    std::memcpy(&leftValue, left, sizeof(T));
+    std::memcpy(&rightValue, right, sizeof(T));
+    return leftValue == rightValue;
+}
+
+// Two halves that may overlap.
+template <class Half>
+void CopyHalves(char* target, const char* source, std::size_t size) {
+    Half first;
+    Half last;
+    std::memcpy(&first, source, sizeof first);
+    std::memcpy(&last, source + size - sizeof last, sizeof last);
+    std::memcpy(target, &first, sizeof first);
+    std::memcpy(target + size - sizeof last, &last, sizeof last);
+}
+
+// Without a call for texts of up to 32 bytes, which most are.
+void CopyText(char* target, std::string_view text) {
+    struct tagHalf {
+        std::uint64_t Bytes[2];
+    };
+    const std::size_t size = text.size();
+    if (size >= sizeof(tagHalf) && size <= 2 * sizeof(tagHalf))
+        return CopyHalves<tagHalf>(target, text.data(), size);
+    if (size >= 8 && size < sizeof(tagHalf))
+        return CopyHalves<std::uint64_t>(target, text.data(), size);
+    if (size >= 4 && size < 8)
+        return CopyHalves<std::uint32_t>(target, text.data(), size);
+    std::memcpy(target, text.data(), size);
+}
+
+// Without a call for texts of up to sixteen bytes, and for most that differ. Not for empty ones.
+bool IsSame(std::string_view left, std::string_view right) {
+    const std::size_t size = left.size();
+    if (size != right.size() || left.back() != right.back())
+        return false;
+    const char* const l = left.data();
+    const char* const r = right.data();
+    if (size >= 8) {
+        using Half = std::uint64_t;
+        const std::size_t last = size - sizeof(Half);
+        return IsSameAt<Half>(l, r) && IsSameAt<Half>(l + last, r + last) &&
+               (size <= 2 * sizeof(Half) || std::memcmp(l, r, size) == 0);
+    }
+    if (size >= 4)
+        return IsSameAt<std::uint32_t>(l, r) && IsSameAt<std::uint32_t>(l + size - 4, r + size - 4);
+    return l[0] == r[0] && l[size / 2] == r[size / 2];
+}
+
 // Short texts are the rule: eight bytes a step.
 std::size_t HashOf(std::string_view text) {
     std::uint64_t hash = text.size() * 0x9E3779B97F4A7C15U;
@@ -56,27 +109,20 @@ CTextPool::CTextPool() {
     m_Id = last.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
-std::string_view CTextPool::At(Handle handle) const {
-    if (handle == 0)
-        return {};
-    const char* data = m_Blocks[handle >> BlockShift].Data + (handle & (BlockSize - 1));
-    std::size_t length = static_cast<unsigned char>(*data++);
-    if (length >= 0x80) {
-        length &= 0x7F;
-        for (unsigned shift = 7;; shift += 7) {
-            const auto byte = static_cast<unsigned char>(*data++);
-            length |= std::size_t{byte & 0x7FU} << shift;
-            if (byte < 0x80)
-                break;
-        }
+std::string_view CTextPool::LongTextAt(const char* data) {
+    std::size_t length = static_cast<unsigned char>(*data++) & 0x7FU;
+    for (unsigned shift = 7;; shift += 7) {
+        const auto byte = static_cast<unsigned char>(*data++);
+        length |= std::size_t{byte & 0x7FU} << shift;
+        if (byte < LongLength)
+            return {data, length};
     }
-    return {data, length};
 }
 
 CTextPool::Handle CTextPool::Add(std::string_view text) {
     if (text.empty())
         return 0;
-    if (m_Last != 0 && At(m_Last) == text)
+    if (m_Last != 0 && IsSame(At(m_Last), text))
         return m_Last;
     m_Last = m_IsInterning ? Intern(text) : Append(text);
     return m_Last;
@@ -85,7 +131,7 @@ CTextPool::Handle CTextPool::Add(std::string_view text) {
 CTextPool::Handle CTextPool::Intern(std::string_view text) {
     ++m_Added;
     if (m_Slots.empty()) {
-        const auto found = std::ranges::find_if(m_Handles, [&](Handle handle) { return At(handle) == text; });
+        const auto found = std::ranges::find_if(m_Handles, [&](Handle handle) { return IsSame(At(handle), text); });
         if (found != m_Handles.end())
             return *found;
         const Handle handle = Append(text);
@@ -104,19 +150,26 @@ CTextPool::Handle CTextPool::Intern(std::string_view text) {
     const Handle handle = Append(text);
     m_Slots[slot] = handle;
     ++m_Distinct;
-    if (m_Added >= JudgedFrom && m_Distinct > m_Added / 2) {
+    if (!IsDictionaryWorthIt()) {
         m_IsInterning = false;
         m_Slots = {};
-    } else if (m_Distinct * 4 > m_Slots.size() * 3) {
+    } else if (m_Distinct * 2 > m_Slots.size()) {
         Rehash(m_Slots.size() * 2);
     }
     return handle;
 }
 
+// Most columns are clear cases: a name is another one in each row, an exchange one of a few.
+bool CTextPool::IsDictionaryWorthIt() const {
+    if (m_Added == FirstJudged && m_Distinct == m_Added)
+        return false;
+    return m_Added < JudgedFrom || m_Distinct <= m_Added / 2;
+}
+
 std::size_t CTextPool::SlotOf(std::string_view text) const {
     const std::size_t mask = m_Slots.size() - 1;
     std::size_t slot = HashOf(text) & mask;
-    while (m_Slots[slot] != 0 && At(m_Slots[slot]) != text)
+    while (m_Slots[slot] != 0 && !IsSame(At(m_Slots[slot]), text))
         slot = (slot + 1) & mask;
     return slot;
 }
@@ -130,7 +183,20 @@ void CTextPool::Rehash(std::size_t slots) {
             Insert(handle);
 }
 
-CTextPool::Handle CTextPool::Append(std::string_view text) {
+inline CTextPool::Handle CTextPool::Append(std::string_view text) {
+    const std::size_t size = text.size() + 1;
+    if (text.size() >= LongLength || size > m_Left) [[unlikely]]
+        return AppendElsewhere(text);
+    *m_Next = static_cast<char>(text.size());
+    CopyText(m_Next + 1, text);
+    const auto handle = static_cast<Handle>(m_End);
+    m_End += size;
+    m_Next += size;
+    m_Left -= size;
+    return handle;
+}
+
+CTextPool::Handle CTextPool::AppendElsewhere(std::string_view text) {
     char length[MaxLengthSize];
     const std::size_t lengthSize = WriteLength(length, text.size());
     std::unique_ptr<char[]> retired; // `text` may lie in it
@@ -139,6 +205,10 @@ CTextPool::Handle CTextPool::Append(std::string_view text) {
     std::memcpy(target + lengthSize, text.data(), text.size());
     const auto handle = static_cast<Handle>(m_End);
     m_End += lengthSize + text.size();
+    const std::size_t block = m_End >> BlockShift;
+    const std::size_t inBlock = m_End & (BlockSize - 1);
+    m_Left = inBlock == 0 ? 0 : (block == 0 ? m_Blocks[0].Size : BlockSize) - inBlock;
+    m_Next = m_Left == 0 ? nullptr : m_Blocks[block].Data + inBlock;
     return handle;
 }
 
@@ -176,7 +246,7 @@ std::unique_ptr<char[]> CTextPool::GrowFirstBlock(std::size_t needed) {
     tagBlock& first = m_Blocks.front();
     if (needed <= first.Size)
         return nullptr;
-    const std::size_t size = std::min(BlockSize, std::bit_ceil(std::max(needed, FirstBytes)));
+    const std::size_t size = std::min(BlockSize, std::bit_ceil(std::max({needed, 4 * first.Size, FirstBytes})));
     auto grown = std::make_unique_for_overwrite<char[]>(size);
     if (first.Size != 0)
         std::memcpy(grown.get(), first.Data, first.Size);

@@ -25,7 +25,13 @@ public:
     // The handle of the empty text is 0 and costs nothing. Throws std::length_error when the pool holds 4 GB.
     Handle Add(std::string_view text);
     // Good until the next Add.
-    std::string_view At(Handle handle) const;
+    std::string_view At(Handle handle) const {
+        if (handle == 0)
+            return {};
+        const char* const data = m_Blocks[handle >> BlockShift].Data + (handle & (BlockSize - 1));
+        const auto length = static_cast<unsigned char>(*data);
+        return length < LongLength ? std::string_view(data + 1, length) : LongTextAt(data);
+    }
 
     // Keeps the memory of a few texts for the next ones.
     void Clear();
@@ -39,8 +45,13 @@ private:
     static constexpr std::size_t BlockSize = std::size_t{1} << BlockShift;
     static constexpr std::uint32_t DictionaryFrom = 16; // texts
     static constexpr std::uint32_t JudgedFrom = 256;    // texts
+    static constexpr std::uint32_t FirstJudged = 128;   // texts, when no two of them are the same
+    static constexpr unsigned char LongLength = 0x80;   // a length that takes more than a byte
 
+    static std::string_view LongTextAt(const char* data);
+    bool IsDictionaryWorthIt() const;
     Handle Append(std::string_view text);
+    Handle AppendElsewhere(std::string_view text);
     char* Room(std::size_t size, std::unique_ptr<char[]>& retired);
     std::unique_ptr<char[]> GrowFirstBlock(std::size_t needed);
     Handle Intern(std::string_view text);
@@ -56,7 +67,9 @@ private:
     };
     std::uint64_t m_Id;
     std::vector<tagBlock> m_Blocks;
-    std::size_t m_End = 0; // where the next text goes
+    std::size_t m_End = 0;  // where the next text goes
+    char* m_Next = nullptr; // the same, in memory,
+    std::size_t m_Left = 0; // and how many bytes there are
     Handle m_Last = 0;
 
     std::vector<Handle> m_Handles; // the few texts from before there is a dictionary

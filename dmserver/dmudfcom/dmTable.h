@@ -94,6 +94,7 @@ public:
     void SetText(ULONG row, ULONG column, std::string_view text) override;
     void SetInteger(ULONG row, ULONG column, std::int64_t value) override;
     void SetReal(ULONG row, ULONG column, double value) override;
+    void AppendPacked(const unsigned char* record, std::span<const tagPackedCell> cells) override;
     void GetIntegers(ULONG column, ULONG first, std::span<LONG> values) const override;
     void SetIntegers(ULONG column, ULONG first, std::span<const LONG> values) override;
     void SetReals(ULONG column, ULONG first, std::span<const double> values) override;

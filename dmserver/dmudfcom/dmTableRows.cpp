@@ -4,6 +4,8 @@
 #include "FieldMap.h"
 #include "dmTable.h"
 
+#include <cstring>
+
 namespace IDM_dmudfcom {
 
 LONG CdmTable::FindColumn(std::string_view name) const {
@@ -94,6 +96,50 @@ void CdmTable::SetInteger(ULONG row, ULONG column, std::int64_t value) {
 void CdmTable::SetReal(ULONG row, ULONG column, double value) {
     const Row place = PlaceOf(row, column);
     m_Store->Edit(column, place).SetReal(place, value);
+}
+
+namespace {
+
+template <class T>
+T Load(const unsigned char* place) {
+    T value;
+    std::memcpy(&value, place, sizeof value);
+    return value;
+}
+
+void PutPacked(CColumn& column, Row row, const tagPackedCell& cell, const unsigned char* value) {
+    switch (cell.Form) {
+    case EPackedForm::Text:
+        column.PutText(row, {reinterpret_cast<const char*>(value + sizeof(WORD)), Load<WORD>(value)});
+        return;
+    case EPackedForm::Short:
+        column.PutLong(row, Load<SHORT>(value));
+        return;
+    case EPackedForm::Long:
+        column.PutLong(row, Load<LONG>(value));
+        return;
+    case EPackedForm::Int64:
+        column.SetInteger(row, Load<std::int64_t>(value));
+        return;
+    case EPackedForm::Float:
+        column.PutDouble(row, static_cast<double>(Load<float>(value)));
+        return;
+    case EPackedForm::Double:
+        column.PutDouble(row, Load<double>(value));
+        return;
+    case EPackedForm::Day:
+        column.PutDay(row, static_cast<LONG>(std::int64_t{Load<LONG>(value)} + cell.Shift));
+        return;
+    }
+}
+
+} // namespace
+
+void CdmTable::AppendPacked(const unsigned char* record, std::span<const tagPackedCell> cells) {
+    m_BulkRow = m_Store->AppendRecord();
+    for (const tagPackedCell& cell : cells)
+        if (Load<std::int16_t>(record + cell.NullOffset) == 0)
+            PutPacked(BulkColumn(cell.Column), m_BulkRow, cell, record + cell.Offset);
 }
 
 void CdmTable::GetIntegers(ULONG column, ULONG first, std::span<LONG> values) const {

@@ -33,6 +33,19 @@ enum class EColumnType : ULONG {
     Time = 11, // seconds since midnight
 };
 
+// How a value lies in a packed record: a text behind its length of 16 bits, a number in its own width, a day as a
+// Long.
+enum class EPackedForm : BYTE { Text, Short, Long, Int64, Float, Double, Day };
+
+// Where a column finds its value in a packed record. The flag of null has 16 bits and is not 0 for null.
+struct tagPackedCell {
+    EPackedForm Form;
+    ULONG Column;
+    ULONG Offset;
+    ULONG NullOffset;
+    LONG Shift = 0; // added to a Day
+};
+
 // A text that many cells are to show. The text column that it is written into notes here where it keeps the text,
 // so that it is looked for and stored once; any other column, or the same one once it was emptied, starts anew.
 struct tagSharedText {
@@ -77,6 +90,8 @@ struct ITableRows : IUnknown {
     virtual void SetText(ULONG row, ULONG column, std::string_view text) = 0;
     virtual void SetInteger(ULONG row, ULONG column, std::int64_t value) = 0;
     virtual void SetReal(ULONG row, ULONG column, double value) = 0;
+    // As AppendRow, followed by the Put of each value of a packed record that is not null.
+    virtual void AppendPacked(const unsigned char* record, std::span<const tagPackedCell> cells) = 0;
     // One column of the records from `first` on, as many as there are values. What holds for one cell holds for
     // each of them, and a whole run costs little more than copying it.
     virtual void GetIntegers(ULONG column, ULONG first, std::span<LONG> values) const = 0;

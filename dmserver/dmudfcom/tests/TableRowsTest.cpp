@@ -218,6 +218,132 @@ TEST_F(TableTest, AValueThatIsNoLongIsReadInARunAsZero) {
     }
 }
 
+// A record as a database hands it over.
+struct tagPackedRecord {
+    struct {
+        WORD Length = 5;
+        char Characters[14] = "hello";
+    } Text;
+    std::int64_t Int64 = std::int64_t{1} << 40;
+    double Double = 2.5;
+    LONG Long = -70000;
+    LONG Day = 51603; // of another calendar
+    float Float = 0.5F;
+    SHORT Short = -7;
+    std::int16_t Null = -1;
+    std::int16_t NotNull = 0;
+};
+
+template <class Member>
+ULONG OffsetIn(const tagPackedRecord& record, const Member& member) {
+    return static_cast<ULONG>(reinterpret_cast<const char*>(&member) - reinterpret_cast<const char*>(&record));
+}
+
+class PackedTest : public TableTest {
+protected:
+    std::vector<tagPackedCell> Cells() const {
+        const ULONG notNull = OffsetIn(m_Record, m_Record.NotNull);
+        return {{EPackedForm::Text, 0, OffsetIn(m_Record, m_Record.Text), notNull},
+                {EPackedForm::Short, 1, OffsetIn(m_Record, m_Record.Short), notNull},
+                {EPackedForm::Long, 2, OffsetIn(m_Record, m_Record.Long), notNull},
+                {EPackedForm::Int64, 3, OffsetIn(m_Record, m_Record.Int64), notNull},
+                {EPackedForm::Float, 4, OffsetIn(m_Record, m_Record.Float), notNull},
+                {EPackedForm::Double, 5, OffsetIn(m_Record, m_Record.Double), notNull},
+                {EPackedForm::Day, 6, OffsetIn(m_Record, m_Record.Day), notNull, -15018}};
+    }
+    void Append(std::span<const tagPackedCell> cells) {
+        m_Rows->AppendPacked(reinterpret_cast<const unsigned char*>(&m_Record), cells);
+    }
+    std::vector<std::string> Row(ULONG row) const {
+        std::vector<std::string> texts;
+        std::string scratch;
+        for (ULONG column = 0; column < m_Rows->ColumnCount(); ++column)
+            texts.emplace_back(m_Rows->Text(row, column, scratch));
+        return texts;
+    }
+
+    tagPackedRecord m_Record;
+};
+
+TEST_F(PackedTest, ValuesOfEveryFormGoToTheirColumns) {
+    const std::array types{EColumnType::Text,  EColumnType::Short,  EColumnType::Long, EColumnType::Int64,
+                           EColumnType::Float, EColumnType::Double, EColumnType::Date};
+    for (const EColumnType type : types)
+        AddField((L"F" + std::to_wstring(m_Rows->ColumnCount())).c_str(), type);
+    for (ULONG row = 0; row < 3000; ++row)
+        Append(Cells());
+    ASSERT_EQ(m_Rows->RowCount(), 3000U);
+    for (const ULONG row : {0U, 1023U, 1024U, 2999U})
+        EXPECT_EQ(Row(row),
+                  (std::vector<std::string>{"hello", "-7", "-70000", "1099511627776", "0.5", "2.5", "29.02.2000"}))
+            << row;
+}
+
+TEST_F(PackedTest, ValuesAreConvertedToTheColumnsType) {
+    for (const EColumnType type : {EColumnType::Long, EColumnType::Text, EColumnType::Double, EColumnType::Long,
+                                   EColumnType::Text, EColumnType::Short, EColumnType::Text})
+        AddField((L"F" + std::to_wstring(m_Rows->ColumnCount())).c_str(), type);
+    Append(Cells());
+    EXPECT_EQ(Row(0), (std::vector<std::string>{"0", "-7", "-70000", "0", "0.5", "2", "29.02.2000"}));
+}
+
+TEST_F(PackedTest, NullsAndColumnsWithoutAValueStayEmptyUntilPut) {
+    AddField(L"A", EColumnType::Long);
+    AddField(L"B", EColumnType::Text);
+    AddField(L"C", EColumnType::Long);
+    const ULONG isNull = OffsetIn(m_Record, m_Record.Null);
+    const std::array cells{tagPackedCell{EPackedForm::Long, 2, OffsetIn(m_Record, m_Record.Long), isNull},
+                           tagPackedCell{EPackedForm::Text, 1, OffsetIn(m_Record, m_Record.Text), isNull}};
+    Append(cells);
+    for (const ULONG column : {0U, 1U, 2U})
+        EXPECT_TRUE(m_Rows->IsNull(0, column)) << column;
+    m_Rows->PutInteger(0, 4);
+    m_Rows->PutText(1, "put");
+    EXPECT_EQ(Row(0), (std::vector<std::string>{"4", "put", ""}));
+}
+
+TEST_F(PackedTest, AnIndexSeesThePackedRows) {
+    AddField(L"N", EColumnType::Long);
+    ASSERT_EQ(m_Table->CreateIndex(CBstr(L"N").Get(), 1), S_OK);
+    ASSERT_EQ(m_Table->SetIndex(1), S_OK);
+    const tagPackedCell cell{EPackedForm::Long, 0, OffsetIn(m_Record, m_Record.Long),
+                             OffsetIn(m_Record, m_Record.NotNull)};
+    for (const LONG value : {3, 1, 2}) {
+        m_Record.Long = value;
+        Append({&cell, 1});
+    }
+    EXPECT_EQ(Walk(*FieldOf(*m_Table, L"N")), (std::vector<LONG>{1, 2, 3}));
+}
+
+TEST_F(TableTest, TextsThatDifferInOneByteAreKeptApart) {
+    AddField(L"T", EColumnType::Text);
+    std::vector<std::string> texts;
+    for (std::size_t size = 1; size <= 40; ++size)
+        for (std::size_t at = 0; at < size; ++at)
+            for (const char c : {'x', 'y'}) {
+                texts.emplace_back(size, 'a');
+                texts.back()[at] = c;
+            }
+    for (int round = 0; round < 2; ++round)
+        for (const std::string& text : texts) {
+            m_Rows->AppendRow();
+            m_Rows->PutText(0, text);
+        }
+    std::string scratch;
+    for (ULONG row = 0; row < m_Rows->RowCount(); ++row)
+        ASSERT_EQ(m_Rows->Text(row, 0, scratch), texts[row % texts.size()]) << row;
+}
+
+// However few rows have been seen, a column of a hundred texts that come in turns keeps each once.
+TEST_F(TableTest, AHundredTextsInTurnsAreStoredOnce) {
+    AddField(L"T", EColumnType::Text);
+    for (ULONG row = 0; row < ManyRows; ++row) {
+        m_Rows->AppendRow();
+        m_Rows->PutText(0, "a text of some length, number " + std::to_string(row % 100));
+    }
+    EXPECT_LT(m_Rows->MemoryUse(), ManyRows * 4 * 1.1 + 32768);
+}
+
 TEST_F(TableTest, RunsGoByRecordOrder) {
     AddField(L"N", EColumnType::Long);
     AddField(L"T", EColumnType::Text);

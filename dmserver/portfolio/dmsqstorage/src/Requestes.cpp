@@ -39,33 +39,33 @@ CSqlText InfoSql(const wchar_t* procedure, const wchar_t* table, IdmRequest& req
         procedure, table, Datafeed, SymbolName.Get());
 }
 
-template <class Build>
-CSqlText Built(Build&& build) {
-    wchar_t sql[1024] = {};
-    build(sql, 1024);
-    return CSqlText(L"%s", sql);
-}
-
 // Empty where no cursor is to be opened.
 CSqlText CursorSql(LONG mode, IdmRequest& request, IdmTable& table) {
+    CSqlText sql;
     LONG Type = 0;
     request.get_Type(&Type);
     switch (Type) {
     case cursorSymbols:
-        return Built([&](wchar_t* sql, int size) { SelectSymbol(mode, &request, sql, size, L"PORTFOLIO", 0); });
+        SelectSymbol(mode, &request, sql.Buffer(), CSqlText::Size, L"PORTFOLIO", 0);
+        break;
     case cursorDataFeeds:
-        return Built([&](wchar_t* sql, int size) { GetDataFeedSql(&request, sql, size); });
+        GetDataFeedSql(&request, sql.Buffer(), CSqlText::Size);
+        break;
     case cursorSymbol:
         FillSymbolInfoTable(&table);
-        return InfoSql(L"GET_SYMBOL_INFO", L"PORTFOLIO", request, mode);
+        sql = InfoSql(L"GET_SYMBOL_INFO", L"PORTFOLIO", request, mode);
+        break;
     case cursorCustomFutures:
-        return Built([&](wchar_t* sql, int size) { SelectCF(mode, &request, sql, size); });
+        SelectCF(mode, &request, sql.Buffer(), CSqlText::Size);
+        break;
     case cursorCustomFuture:
         FillCustomFutureInfoTable(&table);
-        return InfoSql(L"GET_CF_INFO", L"CUSTOM_FUTURES", request, mode);
+        sql = InfoSql(L"GET_CF_INFO", L"CUSTOM_FUTURES", request, mode);
+        break;
     default:
-        return CSqlText();
+        break;
     }
+    return sql;
 }
 
 } // namespace

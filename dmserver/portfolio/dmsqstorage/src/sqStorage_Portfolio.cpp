@@ -57,9 +57,9 @@ CPortfolioSql RequestSql(IdmRequest& request, LONG mode) {
     if (wanted.Datafeed != 0)
         return CPortfolioSql(L"%sGET_SYMBOL_INFO((SELECT FIRST(1) SYMBOL FROM PORTFOLIO WHERE %s))",
                              SymbolInfoColumns, NamedSymbolCondition(wanted));
-    wchar_t sql[4096] = {};
-    SelectSymbol(mode, &request, sql, 4096, L"PORTFOLIO", 1);
-    return CPortfolioSql(L"%s", sql);
+    CPortfolioSql sql;
+    SelectSymbol(mode, &request, sql.Buffer(), CPortfolioSql::Size, L"PORTFOLIO", 1);
+    return sql;
 }
 
 } // namespace
