@@ -272,10 +272,8 @@ public:
         tagRowSet rows{{"EXCHANGE"}, {}};
         for (const tagColumnRule& rule : Rules)
             rows.Columns.emplace_back(rule.Name);
-        for (const auto& exchange : table.Rows()) {
-            auto& row = rows.Rows.emplace_back(table.Cells(exchange.Value));
-            row.insert(row.begin(), std::int64_t{exchange.Key});
-        }
+        for (const auto& exchange : table.Rows())
+            rows.Rows.push_back(Joined({std::int64_t{exchange.Key}}, table.Cells(exchange.Value)));
         return rows;
     }
 

@@ -104,10 +104,8 @@ public:
         tagRowSet rows{{"DATA_FEED"}, {}};
         for (const tagColumnRule& rule : Rules)
             rows.Columns.emplace_back(rule.Name);
-        for (const auto& feed : table.Rows()) {
-            auto& row = rows.Rows.emplace_back(table.Cells(feed.Value));
-            row.insert(row.begin(), std::int64_t{feed.Key});
-        }
+        for (const auto& feed : table.Rows())
+            rows.Rows.push_back(Joined({std::int64_t{feed.Key}}, table.Cells(feed.Value)));
         return rows;
     }
 

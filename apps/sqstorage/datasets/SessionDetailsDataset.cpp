@@ -134,10 +134,8 @@ public:
             const std::string shown = name == names.end() ? std::string() : name->second;
             if (filter.Session && (name == names.end() || shown != *filter.Session))
                 continue;
-            for (const tagSessionDetail& detail : details) {
-                auto& row = rows.Rows.emplace_back(CellsOf(detail));
-                row.insert(row.begin(), {std::int64_t{key}, shown});
-            }
+            for (const tagSessionDetail& detail : details)
+                rows.Rows.push_back(Joined({std::int64_t{key}, shown}, CellsOf(detail)));
         }
         std::ranges::stable_sort(rows.Rows, {}, [](const std::vector<Cell>& row) { return TextOf(row[1]); });
         return rows;
@@ -152,8 +150,7 @@ public:
         bool hasValues = false;
         for (const tagNamedSession& session : NameSessions(store)) {
             for (const tagSessionDetail& detail : Importable(session, all[session.Key], console)) {
-                auto& row = rows.Rows.emplace_back(CellsOf(detail));
-                row.insert(row.begin(), session.Session.Name);
+                rows.Rows.push_back(Joined({session.Session.Name}, CellsOf(detail)));
                 hasValues = hasValues || detail.Value5 != 0 || detail.Value6 != 0 || detail.Value7 != 0;
             }
             all.erase(session.Key);

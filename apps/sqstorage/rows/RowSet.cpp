@@ -2,6 +2,9 @@
 
 #include "Numbers.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace sqCli {
 
 namespace {
@@ -32,6 +35,12 @@ std::string TextOf(const Cell& cell) { return std::visit(CTextOf{}, cell); }
 
 bool IsNumber(const Cell& cell) {
     return std::holds_alternative<std::int64_t>(cell) || std::holds_alternative<float>(cell);
+}
+
+std::vector<Cell> Joined(std::vector<Cell> first, std::vector<Cell> second) {
+    first.reserve(first.size() + second.size());
+    std::move(second.begin(), second.end(), std::back_inserter(first));
+    return first;
 }
 
 std::int64_t IntegerOf(const Cell& cell) { return std::visit(CIntegerOf{}, cell); }

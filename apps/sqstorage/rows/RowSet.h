@@ -43,6 +43,8 @@ struct tagRowSet {
 // Null is empty, a day is YYYY-MM-DD, a weekday is Sun, a time is 17:00; numbers have a point and no grouping.
 [[nodiscard]] std::string TextOf(const Cell& cell);
 [[nodiscard]] bool IsNumber(const Cell& cell);
+// The cells of both, one behind the other.
+[[nodiscard]] std::vector<Cell> Joined(std::vector<Cell> first, std::vector<Cell> second);
 // A whole number, and the one behind a weekday or a time; 0 for anything else.
 [[nodiscard]] std::int64_t IntegerOf(const Cell& cell);
 
