@@ -1,6 +1,6 @@
 // What a data-feed plug-in needs to add a symbol: the exchange is given by its name.
 //
-// pVal receives the key of the new symbol or of the one that exists. An unknown exchange adds nothing.
+// pVal receives the key of the new symbol or of the one that exists. An unknown exchange adds nothing and leaves it.
 #pragma once
 
 #include "platform/com/dispatch.h"

@@ -50,7 +50,8 @@ HRESULT CqxStorageBase::AddSymbol(BSTR SymbolName, BSTR SymbolRoot, BSTR Descrip
     const BugSlayerUtil::CScope scope(this);
     if (!pVal)
         return E_POINTER;
-    *pVal = 0;
+    if (!m_Holder)
+        *pVal = 0;
     const tagSymbol row{.SymbolName = SymbolName,
                         .SymbolRoot = SymbolRoot,
                         .Description = Description,
@@ -68,7 +69,7 @@ HRESULT CqxStorageBase::AddSymbol(BSTR SymbolName, BSTR SymbolRoot, BSTR Descrip
                         .FirstNoticeDate = FirstNoticeDate,
                         .Delivery = Delivery};
     return CCallPath(scope, *this).Notify([&](CStorage& storage) {
-        *pVal = storage.AddSymbol(row, ExchangeName);
+        storage.AddSymbol(row, ExchangeName, pVal);
         return S_OK;
     });
 }

@@ -140,9 +140,13 @@ LONG CStorage::Execute(const wchar_t* sql, IDispatch* parameters, IDispatch* res
 
 LONG CStorage::GenerateId() { return m_IdGenerator ? m_IdGenerator->Generate() : 0; }
 
-void CStorage::ExecuteAndNotify(const BugSlayerUtil::CScope& scope, const wchar_t* sql, ULONG Mask, LONG ValueID) {
+void CStorage::ExecuteTraced(const BugSlayerUtil::CScope& scope, const wchar_t* sql) {
     scope.Trace(L"sql = '%s'", sql);
     Execute(sql, nullptr, nullptr);
+}
+
+void CStorage::ExecuteAndNotify(const BugSlayerUtil::CScope& scope, const wchar_t* sql, ULONG Mask, LONG ValueID) {
+    ExecuteTraced(scope, sql);
     BroadcastNotifyToSinks(Mask, ValueID);
 }
 

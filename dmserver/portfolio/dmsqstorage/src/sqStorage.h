@@ -153,7 +153,8 @@ public:
 
     // Symbols. TableName is "PORTFOLIO" or its twin "DICTIONARY".
     // 0 when it wrote a row, 1 when it wrote none: PORTFOLIO, and always that, has one of the same name, category,
-    // feed and exchange, or a text is missing. `Symbol` receives the key of the row that is there, or 0.
+    // feed and exchange, or a text is missing. `Symbol` receives the key of the row that is there, or 0; without
+    // one of the texts it stays as it is.
     LONG InsertSymbol(const wchar_t* TableName, tagSymbol Row, LONG* Symbol);
     void UpdateSymbol(const wchar_t* TableName, LONG Symbol, tagSymbol Row);
     // The row and nothing else.
@@ -178,9 +179,9 @@ public:
     LONG GetSymbolByDescription(LONG Datafeed, const wchar_t* Description, BSTR* SymbolName);
     // The sessions in which a symbol may trade.
     void GetAvailableSessions(LONG Symbol, IdmTable* Table);
-    // Inserts with setting and session of the exchange of that name, which replace those of the row. The key of the
-    // new or existing symbol; 0 when there is no such exchange.
-    LONG AddSymbol(tagSymbol Row, const wchar_t* ExchangeName);
+    // Inserts with setting and session of the exchange of that name, which replace those of the row. `Symbol`
+    // receives the key of the new or existing symbol; it stays as it is when there is no such exchange.
+    void AddSymbol(tagSymbol Row, const wchar_t* ExchangeName, LONG* Symbol);
 
     // The feed that reads text files; 0 when there is none.
     LONG GetASCDataFeed();
@@ -188,15 +189,15 @@ public:
     void ascDeleteSymbol(LONG Symbol, int isNotify);
 
     // Symbols with all that they have from their exchange, data feed, setting and session. With a request the one
-    // that it names, or those that its filters let through, which come without what belongs to them; without one all
-    // of them, ordered by name. A symbol that refers to something that is gone ends the selection of all: the ones
-    // before it are complete then, and the others have only what their rows hold.
+    // that it names, or those that its filters let through, which come without what belongs to them; without one
+    // all of them, ordered by name. A symbol that refers to something that is gone ends the selection of all: the
+    // ones before it are complete then, and the others have only what their rows hold.
     void SelectPortfolio(LONG Mode, IdmRequest* Request, IdmTable* Table) override;
     // Gives symbols whose setting or session is that of their root what the dictionary says of it.
     void AdjustRootSettings(IdmTable* Table, bool WithExpiration);
 
-    // Cursors: Open gives an id, Fetch appends at most Count rows, 0 for all that remain, to the table that Open was
-    // given, and returns how many. 0 when nothing was opened, or nothing came.
+    // Cursors: Open gives an id, Fetch appends at most Count rows, 0 for all that remain, to the table that Open
+    // was given, and returns how many. 0 when nothing was opened, or nothing came.
     LONG Open(LONG Mode, IdmRequest* Request, IdmTable* Table);
     LONG Fetch(LONG Id, LONG Count);
     void Close(LONG Id);
@@ -232,6 +233,7 @@ private:
     void LoadExchangeTimeZones();
     // A new key, or 0 without a generator.
     LONG GenerateId();
+    void ExecuteTraced(const BugSlayerUtil::CScope& scope, const wchar_t* sql);
     // The common end of a write: trace, run, announce.
     void ExecuteAndNotify(const BugSlayerUtil::CScope& scope, const wchar_t* sql, ULONG Mask, LONG ValueID = 0);
     // Runs the statement that `makeSql` makes of the request into the table, within the error guard.
@@ -246,8 +248,8 @@ private:
                           const wchar_t* DataFeedShortName, const wchar_t* DataFeedDllName, const wchar_t* Clsid,
                           int IsAsc);
     bool HasCurrency(LONG Id, IdmTable& Table);
-    // As ExecuteAndNotify; silent while the announcement of symbols is off.
-    void ExecuteAndNotifySymbol(const BugSlayerUtil::CScope& scope, const wchar_t* sql, ULONG Mask, LONG ValueID);
+    // Silent while the announcement of symbols is off.
+    void NotifySymbol(ULONG Mask, LONG ValueID);
     // The key of the symbol in PORTFOLIO that has this name, already escaped, and the row's category, feed and
     // exchange; 0 when there is none. The select escapes once more, so a name with a quote is not found.
     LONG FindSymbol(const wchar_t* name, const tagSymbol& Row);

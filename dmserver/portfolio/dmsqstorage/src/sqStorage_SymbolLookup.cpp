@@ -63,30 +63,28 @@ void CStorage::GetAvailableSessions(LONG Symbol, IdmTable* Table) {
     });
 }
 
-LONG CStorage::AddSymbol(tagSymbol Row, const wchar_t* ExchangeName) {
+void CStorage::AddSymbol(tagSymbol Row, const wchar_t* ExchangeName, LONG* Symbol) {
     const BugSlayerUtil::CScope scope(this);
-    return scope.Guard(
-        [&]() -> LONG {
-            if (!scope.Assert(ExchangeName != nullptr, L"ExchangeName"))
-                return 0;
-            COutputRequest exchange(m_Database.Get());
-            const CStatement<256> sql(L"SELECT EXCHANGE FROM EXCHANGES WHERE EXCHANGE_NAME='%s'", ExchangeName);
-            if (exchange.Select(sql.Text()) < 1)
-                return 0;
-            const CComPtr<IdmTable> table(exchange.Table());
-            table->First();
-            Row.Exchange = GetField<LONG>(table, IDM_dmudfcom::fieldExchange);
-            exchange.Close();
-            Row.SettingType = settingFromExchange;
-            Row.Setting = 0;
-            Row.SessionType = sessionFromExchange;
-            Row.CustomSession = 0;
-            Row.TemplateSession = 0;
-            LONG Symbol = 0;
-            InsertSymbol(L"PORTFOLIO", Row, &Symbol);
-            return Symbol;
-        },
-        LONG{0});
+    scope.Guard([&] {
+        if (!scope.Assert(ExchangeName != nullptr, L"ExchangeName"))
+            return;
+        COutputRequest exchange(m_Database.Get());
+        const CStatement<256> sql(L"SELECT EXCHANGE FROM EXCHANGES WHERE EXCHANGE_NAME='%s'", ExchangeName);
+        if (exchange.Select(sql.Text()) < 1)
+            return;
+        const CComPtr<IdmTable> table(exchange.Table());
+        table->First();
+        Row.Exchange = GetField<LONG>(table, IDM_dmudfcom::fieldExchange);
+        exchange.Close();
+        Row.SettingType = settingFromExchange;
+        Row.Setting = 0;
+        Row.SessionType = sessionFromExchange;
+        Row.CustomSession = 0;
+        Row.TemplateSession = 0;
+        LONG key = 0;
+        InsertSymbol(L"PORTFOLIO", Row, &key);
+        *Symbol = key;
+    });
 }
 
 void CStorage::SelectDictionary(LONG Mode, IdmRequest* Request, IdmTable* Table) {

@@ -80,7 +80,6 @@ std::wstring CStorage::getDateString(LONG date) const {
 
 LONG CStorage::InsertSymbol(const wchar_t* TableName, tagSymbol Row, LONG* Symbol) {
     const BugSlayerUtil::CScope scope(this);
-    *Symbol = 0;
     return scope.Guard(
         [&]() -> LONG {
             const bool hasTable = scope.Assert(TableName != nullptr, L"TableName");
@@ -91,6 +90,7 @@ LONG CStorage::InsertSymbol(const wchar_t* TableName, tagSymbol Row, LONG* Symbo
             CheckDates(*this, Row);
             if (!hasTable || !hasName || !hasRoot || !hasDescription || !hasCusip)
                 return 1;
+            *Symbol = 0;
             const CQuoted name(Row.SymbolName);
             const std::wstring root = platform::ToUpper(CQuoted(Row.SymbolRoot).Text());
             *Symbol = FindSymbol(name.Text(), Row);
@@ -107,9 +107,10 @@ LONG CStorage::InsertSymbol(const wchar_t* TableName, tagSymbol Row, LONG* Symbo
             Row.SymbolName = name.Text();
             Row.SymbolRoot = root.c_str();
             Row.Description = description.c_str();
-            ExecuteAndNotifySymbol(scope, InsertStatement(*this, TableName, key, Row).Text(), notifyInsertSymbol,
-                                   key);
+            ExecuteTraced(scope, InsertStatement(*this, TableName, key, Row).Text());
+            // Whatever becomes of the announcement, the caller has the key of the row.
             *Symbol = key;
+            NotifySymbol(notifyInsertSymbol, key);
             return 0;
         },
         LONG{1});
@@ -147,9 +148,10 @@ void CStorage::UpdateSymbol(const wchar_t* TableName, LONG Symbol, tagSymbol Row
         const bool hasDescription = scope.Assert(Row.Description != nullptr, L"Description");
         const bool hasCusip = scope.Assert(Row.CUSIP != nullptr, L"CUSIP");
         CheckDates(*this, Row);
-        if (hasTable && hasName && hasRoot && hasDescription && hasCusip)
-            ExecuteAndNotifySymbol(scope, UpdateStatement(*this, TableName, Symbol, Row).Text(), notifyUpdateSymbol,
-                                   Symbol);
+        if (!hasTable || !hasName || !hasRoot || !hasDescription || !hasCusip)
+            return;
+        ExecuteTraced(scope, UpdateStatement(*this, TableName, Symbol, Row).Text());
+        NotifySymbol(notifyUpdateSymbol, Symbol);
     });
 }
 
@@ -163,9 +165,9 @@ void CStorage::DeleteSymbol(const wchar_t* TableName, LONG Symbol) {
     scope.Guard([&] {
         if (!scope.Assert(TableName != nullptr, L"TableName"))
             return;
+        ExecuteTraced(scope, CStatement<256>(L"DELETE FROM %s WHERE SYMBOL=%d", TableName, Symbol).Text());
         // Listeners learn that something went, not what.
-        ExecuteAndNotifySymbol(scope, CStatement<256>(L"DELETE FROM %s WHERE SYMBOL=%d", TableName, Symbol).Text(),
-                               notifyDeleteSymbol, 0);
+        NotifySymbol(notifyDeleteSymbol, 0);
     });
 }
 
@@ -204,10 +206,7 @@ void CStorage::DeleteOwnedBySymbol(const wchar_t* TableName, LONG Symbol) {
     owner.Close();
 }
 
-void CStorage::ExecuteAndNotifySymbol(const BugSlayerUtil::CScope& scope, const wchar_t* sql, ULONG Mask,
-                                      LONG ValueID) {
-    scope.Trace(L"sql = '%s'", sql);
-    Execute(sql, nullptr, nullptr);
+void CStorage::NotifySymbol(ULONG Mask, LONG ValueID) {
     if (m_NotifyEnabled != 0)
         BroadcastNotifyToSinks(Mask, ValueID);
 }

@@ -2,6 +2,8 @@
 #include "CommaLocale.h"
 #include "SymbolFixture.h"
 
+#include <limits>
+#include <map>
 #include <set>
 #include <thread>
 
@@ -17,6 +19,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
+using testing::UnorderedElementsAre;
 
 class Symbols : public SymbolTest {
 protected:
@@ -54,6 +57,38 @@ TEST_F(Symbols, InsertWritesTheRowUnderANewKeyAndAnnouncesIt) {
                                 L"7",          L"5",     L"1",    L"0",          L"1",         L"0",
                                 L"9",          L"12",    L"2009", L"1250.25",    L"1",         L"5000",
                                 L"18.12.2009", L"1",     L"3",    L"01.12.2009", L"21.12.2009"}));
+}
+
+// An announcement that fails must not take the key along.
+TEST_F(Symbols, TheCallerHasTheKeyWhenTheInsertIsAnnounced) {
+    class CObserver final : public sqStorage::IBroadcastObserver {
+    public:
+        void OnBroadcast(ULONG, LONG ValueID) noexcept override { Seen = {ValueID, Key}; }
+        LONG Key = -1;
+        std::pair<LONG, LONG> Seen;
+    } observer;
+    auto* const before = sqStorage::SetBroadcastObserver(&observer);
+    EXPECT_EQ(S_OK, InsertPortfolio(*m_Storage.Get(), {}, &observer.Key));
+    sqStorage::SetBroadcastObserver(before);
+    EXPECT_GE(observer.Key, 1);
+    EXPECT_EQ(std::pair(observer.Key, observer.Key), observer.Seen);
+}
+
+TEST_F(Symbols, AStrikeThatIsNoNumberOfTheColumnWritesNothingAndIsReported) {
+    const LONG kept = Insert({});
+    for (const double strike : {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(),
+                                -std::numeric_limits<double>::infinity(), 1e308, -1e308}) {
+        tagSymbolArguments symbol;
+        symbol.SymbolName = L"HOSTILE";
+        symbol.StrikePrice = strike;
+        TakeAll();
+        TryInsert(symbol);
+        EXPECT_THAT(Recorder::Asserts(), Contains(StartsWith(L"Open: "))) << strike;
+        TakeAll();
+        Update(kept, symbol);
+        EXPECT_THAT(Recorder::Asserts(), Contains(StartsWith(L"Open: "))) << strike;
+        EXPECT_THAT(Column(L"SYMBOL,SYMBOL_NAME,STRIKE_PRICE"), ElementsAre(Row{Text(kept), L"ESZ09", L"0"}));
+    }
 }
 
 TEST_F(Symbols, InsertStoresTheRootInCapitals) {
@@ -197,7 +232,7 @@ TEST_F(Symbols, ANullTextWritesNothingAndSaysWhich) {
         TakeAll();
         tagSymbolArguments symbol;
         symbol.*text = std::nullopt;
-        EXPECT_EQ(Outcome(S_FALSE, 0), TryInsert(symbol));
+        EXPECT_EQ(Outcome(S_FALSE, -1), TryInsert(symbol)) << "the key is as the caller left it";
         EXPECT_THAT(Recorder::Asserts(), ElementsAre(name));
         EXPECT_THAT(Statements(), IsEmpty());
         EXPECT_THAT(m_Changes.Take(), IsEmpty());
@@ -332,6 +367,27 @@ TEST_F(Symbols, ANameThatDiffersInCaseIsNoDuplicate) {
     symbol.SymbolName = L"esz09";
     Insert(symbol);
     EXPECT_THAT(Column(L"SYMBOL_NAME"), ElementsAre(Row{L"ESZ09"}, Row{L"esz09"}));
+}
+
+// The search delivers one of those that differ only in case; the other one is not found and is written once more.
+TEST_F(Symbols, OfTwoThatDifferInCaseTheOneThatTheSearchPassesOverIsWrittenAgain) {
+    const std::wstring names[]{L"ESZ09", L"esz09"};
+    std::map<std::wstring, LONG> keys;
+    tagSymbolArguments symbol;
+    for (const std::wstring& name : names) {
+        symbol.SymbolName = name;
+        keys[name] = Insert(symbol);
+    }
+    const std::wstring delivered = Sql(L"SELECT FIRST(1) SYMBOL_NAME FROM PORTFOLIO WHERE DATA_FEED=7 AND "
+                                       L"UPPER(SYMBOL_NAME)=UPPER('ESZ09') AND CATEGORY=1 AND EXCHANGE=5")
+                                       .at(0)
+                                       .at(0);
+    symbol.SymbolName = delivered;
+    EXPECT_EQ(Outcome(S_FALSE, keys[delivered]), TryInsert(symbol));
+    const std::wstring other = delivered == names[0] ? names[1] : names[0];
+    symbol.SymbolName = other;
+    EXPECT_NE(keys[other], Insert(symbol));
+    EXPECT_THAT(Column(L"SYMBOL_NAME"), UnorderedElementsAre(Row{delivered}, Row{other}, Row{other}));
 }
 
 TEST_F(Symbols, ANameWithAQuoteIsNotFoundAndWrittenAgain) {
