@@ -13,6 +13,8 @@ public:
     CCriticalSection& operator=(const CCriticalSection&) = delete;
 
     void Enter() { m_Mutex.lock(); }
+    // Whether it could be entered without waiting; then it is.
+    bool TryEnter() { return m_Mutex.try_lock(); }
     void Leave() { m_Mutex.unlock(); }
 
     // The names that std::lock_guard wants.

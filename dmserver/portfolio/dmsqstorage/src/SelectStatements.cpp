@@ -126,7 +126,7 @@ void SelectSymbol(LONG Mode, IdmRequest* Request, wchar_t* Sql, int SqlSize, con
 
 void SelectCF(LONG Mode, IdmRequest* Request, wchar_t* Sql, int SqlSize) {
     const BugSlayerUtil::CScope scope;
-    if (!scope.Assert(Request != nullptr, L"Request") || !Sql)
+    if (!scope.Assert(Request != nullptr, L"Request") || !Sql || SqlSize < 1)
         return;
     const std::wstring text = fmt::sprintf(
         L"SELECT P.CF,P.SYMBOL_NAME,P.SYMBOL_ROOT,P.CF_CODE,P.DESCRIPTION,P.CATEGORY,P.DATA_FEED,"

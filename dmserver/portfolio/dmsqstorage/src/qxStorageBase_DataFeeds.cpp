@@ -45,6 +45,11 @@ HRESULT CqxStorageBase::UpdateDataFeed(LONG Datafeed, BSTR DataFeedName, BSTR Da
 
 HRESULT CqxStorageBase::get_Datafeed(LONG* Value) {
     const BugSlayerUtil::CScope scope(this);
+    // Unlike every other method: a property has no status of its own for an object without a storage.
+    if (Value && !m_Holder) {
+        *Value = 0;
+        return E_INVALIDARG;
+    }
     return CCallPath(scope, *this).Lookup(true, Value, [](CStorage& storage) { return storage.GetASCDataFeed(); });
 }
 

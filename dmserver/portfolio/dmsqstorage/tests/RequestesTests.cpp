@@ -3,14 +3,11 @@
 #include "SymbolInfoTable.h"
 
 #include "CursorFixture.h"
+#include "LockProbe.h"
 #include "PrivateMember.h"
 #include "SelectStatements.h"
 #include "WatchedDatabase.h"
 #include "qxStorageBase.h"
-
-#include <future>
-#include <mutex>
-#include <thread>
 
 namespace tests {
 
@@ -106,30 +103,22 @@ TEST_F(Requestes, ARefusedStatementIsReportedAndHasACursorWithoutRows) {
 
 TEST_F(Requestes, TheLockCoversTheDatabasesWork) {
     CRequestes requests(m_Database.Get());
-    const LONG other = requests.Add(0, tagCursorRequest{}.Make().Get(), NewTable().Get());
-    // While one opens, another one's fetch has to wait.
-    std::promise<void> opening;
-    std::promise<void> go;
-    std::atomic<bool> opened{false};
-    m_Watch.BeforeStatement = [&](const std::wstring&) {
-        opening.set_value();
-        go.get_future().wait();
-        opened = true;
+    // Its base is private, and only such a cast goes there.
+    auto& lock = (dm::CCriticalSection&)requests;
+    std::vector<std::wstring> held;
+    const auto probe = [&](const wchar_t* moment) {
+        held.push_back(IsHeld(lock) ? moment : std::wstring(moment) + L" without the lock");
     };
-    LONG id = 0;
-    std::thread first([&] { id = requests.Add(0, tagCursorRequest{}.Make().Get(), NewTable().Get()); });
-    opening.get_future().wait();
-    bool wasOpened = false;
-    std::thread second([&] {
-        requests.Fetch(other, 0);
-        wasOpened = opened;
-    });
-    go.set_value();
-    first.join();
-    second.join();
-    EXPECT_TRUE(wasOpened);
+    m_Watch.BeforeStatement = [&](const std::wstring&) { probe(L"open"); };
+    m_Watch.BeforeFetch = [&] { probe(L"fetch"); };
+    m_Watch.BeforeClose = [&] { probe(L"close"); };
+    const LONG id = requests.Add(0, tagCursorRequest{}.Make().Get(), NewTable().Get());
+    EXPECT_FALSE(IsHeld(lock));
+    requests.Fetch(id, 0);
+    EXPECT_FALSE(IsHeld(lock));
     requests.Delete(id);
-    requests.Delete(other);
+    EXPECT_FALSE(IsHeld(lock));
+    EXPECT_THAT(held, ElementsAre(L"open", L"fetch", L"close"));
 }
 
 TEST(SymbolInfoTable, TheListIsAddedInOrderWithAStatus) {
@@ -198,6 +187,38 @@ TEST(CustomFutureStatement, TheStatementIsCutAtTheSizeOfItsBuffer) {
     EXPECT_STREQ(L"SELECT ", sql);
 }
 
+TEST(CustomFutureStatement, ABufferWithoutRoomStaysAsItIs) {
+    wchar_t sql[] = L"kept";
+    for (const int size : {0, -1, -1024})
+        sqStorage::SelectCF(0, tagCursorRequest{}.Make().Get(), sql, size);
+    EXPECT_STREQ(L"kept", sql);
+}
+
+TEST(DataFeedStatement, ANullRequestOrBufferOrABufferWithoutRoomDoesNothing) {
+    Recorder::Clear();
+    wchar_t sql[] = L"kept";
+    sqStorage::GetDataFeedSql(nullptr, sql, 5);
+    sqStorage::GetDataFeedSql(NewRequest().Get(), nullptr, 5);
+    for (const int size : {0, -1})
+        sqStorage::GetDataFeedSql(NewRequest().Get(), sql, size);
+    EXPECT_STREQ(L"kept", sql);
+    EXPECT_THAT(Recorder::Asserts(), IsEmpty());
+}
+
+TEST(DataFeedStatement, TheStatementIsCutAtTheSizeOfItsBuffer) {
+    wchar_t sql[9];
+    sql[8] = L'!';
+    sqStorage::GetDataFeedSql(NewRequest().Get(), sql, 8);
+    EXPECT_STREQ(L"SELECT ", sql);
+    EXPECT_EQ(L'!', sql[8]);
+    const std::wstring whole = std::wstring(DataFeedHead) + L"DELETED=0";
+    std::vector<wchar_t> buffer(whole.size() + 1);
+    for (const std::size_t size : {whole.size() + 1, whole.size()}) {
+        sqStorage::GetDataFeedSql(NewRequest().Get(), buffer.data(), static_cast<int>(size));
+        EXPECT_EQ(whole.substr(0, size - 1), buffer.data());
+    }
+}
+
 // Without a storage the cursors answer so, before anything else is looked at.
 TEST(PortfolioWithoutStorage, CallsAnswerThatThereIsNone) {
     const auto object = platform::MakeObject<CqxStorageBase>();
@@ -207,6 +228,14 @@ TEST(PortfolioWithoutStorage, CallsAnswerThatThereIsNone) {
     EXPECT_EQ(E_POINTER, object->Fetch(1, &value));
     EXPECT_EQ(E_POINTER, object->Unadvise(1));
     EXPECT_EQ(5, value);
+}
+
+TEST(PortfolioWithoutStorage, TheFeedOfTextFilesIsZeroAndRefused) {
+    const auto object = platform::MakeObject<CqxStorageBase>();
+    LONG value = 5;
+    EXPECT_EQ(E_INVALIDARG, object->get_Datafeed(&value));
+    EXPECT_EQ(0, value);
+    EXPECT_EQ(E_INVALIDARG, object->get_Datafeed(nullptr));
 }
 
 } // namespace

@@ -20,6 +20,9 @@ struct tagWatch {
     std::vector<std::wstring> Calls;
     // Runs before a statement is opened.
     std::function<void(const std::wstring&)> BeforeStatement = [](const std::wstring&) {};
+    // Run before rows are fetched, and before a statement is closed.
+    std::function<void()> BeforeFetch = [] {};
+    std::function<void()> BeforeClose = [] {};
 };
 
 class CWatchedQuery final : public platform::CObject<CWatchedQuery, platform::ECounter::Interlocked,
@@ -34,8 +37,14 @@ public:
         m_Watch.Calls.push_back(text);
         return m_Query->Open(Statement, Parameters, Result);
     }
-    HRESULT Close() override { return m_Query->Close(); }
-    HRESULT Fetch(LONG* Count) override { return m_Query->Fetch(Count); }
+    HRESULT Close() override {
+        m_Watch.BeforeClose();
+        return m_Query->Close();
+    }
+    HRESULT Fetch(LONG* Count) override {
+        m_Watch.BeforeFetch();
+        return m_Query->Fetch(Count);
+    }
 
 private:
     platform::CComPtr<IDM_dmFirebird::IdmDatabaseQuery> m_Query;
