@@ -32,6 +32,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace platform {
 
@@ -130,6 +131,28 @@ struct tagMessage {
     DWORD Message = 0;
     std::uintptr_t First = 0;
     std::uintptr_t Second = 0;
+};
+
+struct tagSend;
+
+// The answer to a message that another thread has sent and waits for, given when this object ends instead of when
+// the window has handled the message; the result is then 0. For the window's thread alone.
+class CDeferredReply {
+public:
+    // Of the message that the calling thread is handling. Empty when nobody on another thread waits for it, or when
+    // its answer was deferred already.
+    static CDeferredReply Take();
+
+    CDeferredReply(CDeferredReply&& other) noexcept = default;
+    CDeferredReply& operator=(CDeferredReply&& other) = delete;
+    ~CDeferredReply();
+
+    explicit operator bool() const noexcept { return m_Send != nullptr; }
+
+private:
+    explicit CDeferredReply(std::shared_ptr<tagSend> send) noexcept : m_Send(std::move(send)) {}
+
+    std::shared_ptr<tagSend> m_Send;
 };
 
 // ---- The calling thread's queue ----

@@ -106,6 +106,18 @@ std::intptr_t CMessageWindow::StandardProcedure(CMessageWindow& window, DWORD me
     return result;
 }
 
+// ---- CDeferredReply ----
+
+CDeferredReply CDeferredReply::Take() {
+    const std::shared_ptr<CMessageQueue> queue = CMessageQueue::Current();
+    return CDeferredReply(queue ? queue->DeferReply() : nullptr);
+}
+
+CDeferredReply::~CDeferredReply() {
+    if (m_Send)
+        CMessageQueue::Reply(m_Send, 0);
+}
+
 // ---- The calling thread's queue ----
 
 bool OpenMessageQueue() { return CMessageQueue::CurrentOpened() != nullptr; }

@@ -7,6 +7,7 @@
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/timerfd.h>
+#include <utility>
 
 namespace platform {
 
@@ -202,10 +203,25 @@ bool CMessageQueue::TakePosted(tagMessage& message, std::uint64_t lastSequence) 
     return true;
 }
 
-std::optional<std::intptr_t> CMessageQueue::Call(const tagMessage& message) {
+// What is handled now, until what is handled within it is done.
+class CMessageQueue::CHandled {
+public:
+    CHandled(CMessageQueue& queue, std::shared_ptr<tagSend> send) noexcept
+        : m_Queue(queue), m_Outer(std::exchange(queue.m_Handled, std::move(send))) {}
+    ~CHandled() { m_Queue.m_Handled = std::move(m_Outer); }
+    CHandled(const CHandled&) = delete;
+    CHandled& operator=(const CHandled&) = delete;
+
+private:
+    CMessageQueue& m_Queue;
+    std::shared_ptr<tagSend> m_Outer;
+};
+
+std::optional<std::intptr_t> CMessageQueue::Call(const tagMessage& message, const std::shared_ptr<tagSend>& send) {
     CMessageWindow* window = Find(message.Window);
     if (window == nullptr)
         return std::nullopt;
+    const CHandled handled(*this, send);
     return window->GetWindowProc()(*window, message.Message, message.First, message.Second);
 }
 
@@ -341,6 +357,13 @@ void CMessageQueue::Withdraw(const std::shared_ptr<tagSend>& send) {
     Settle();
 }
 
+std::shared_ptr<tagSend> CMessageQueue::DeferReply() {
+    const std::shared_ptr<tagSend> send = std::exchange(m_Handled, nullptr);
+    if (send)
+        send->Deferred = true;
+    return send;
+}
+
 void CMessageQueue::HandleSends() {
     for (;;) {
         std::shared_ptr<tagSend> send;
@@ -354,12 +377,14 @@ void CMessageQueue::HandleSends() {
         }
         std::optional<std::intptr_t> result;
         try {
-            result = Call(send->Message);
+            result = Call(send->Message, send);
         } catch (...) {
-            Reply(send, std::nullopt);
+            if (!send->Deferred)
+                Reply(send, std::nullopt);
             throw;
         }
-        Reply(send, result);
+        if (!send->Deferred)
+            Reply(send, result);
     }
 }
 

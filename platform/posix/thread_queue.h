@@ -17,10 +17,11 @@
 
 namespace platform {
 
-// A message whose sender waits. The last three belong to the sender's queue and its lock.
+// A message whose sender waits. The last two belong to the sender's queue and its lock.
 struct tagSend {
     tagMessage Message;
     std::shared_ptr<CMessageQueue> Sender;
+    bool Deferred = false; // of the window's thread: the answer is another's to give
     bool Done = false;
     std::optional<std::intptr_t> Result; // nothing when the window was gone
 };
@@ -54,7 +55,10 @@ public:
     [[nodiscard]] tagLimit Limit() const;
     void HandleSends();
     bool Take(tagMessage& message, const tagLimit& limit);
-    std::optional<std::intptr_t> Call(const tagMessage& message);
+    // `send` when another thread waits for the result.
+    std::optional<std::intptr_t> Call(const tagMessage& message, const std::shared_ptr<tagSend>& send = nullptr);
+    // What the owner is handling, with the answer still to come; null when nobody waits for it.
+    std::shared_ptr<tagSend> DeferReply();
     [[nodiscard]] int WakeDescriptor() const noexcept { return m_Wake.Get(); }
     [[nodiscard]] std::optional<Clock::time_point> NextDue() const;
     void Close() noexcept;
@@ -67,8 +71,10 @@ public:
     bool Remove(std::uint64_t window);
     [[nodiscard]] bool Has(std::uint64_t window) const;
     [[nodiscard]] std::uint64_t WakeCount() const;
+    static void Reply(const std::shared_ptr<tagSend>& send, std::optional<std::intptr_t> result);
 
 private:
+    class CHandled;
     enum class EState : std::uint8_t { Open, Ending, Closed };
 
     struct tagPosted {
@@ -87,7 +93,6 @@ private:
                                        CMessageQueue& target);
     void Withdraw(const std::shared_ptr<tagSend>& send);
     [[nodiscard]] CMessageWindow* Find(std::uint64_t window) const;
-    static void Reply(const std::shared_ptr<tagSend>& send, std::optional<std::intptr_t> result);
 
     // All under m_Lock.
     void Signal();
@@ -97,6 +102,7 @@ private:
     bool TakeDueTimer(tagMessage& message, Clock::time_point lastDue);
 
     const DWORD m_ThreadId;
+    std::shared_ptr<tagSend> m_Handled; // of the owner: what it is handling for another thread
 
     mutable std::mutex m_Lock;
     // Of the owner, while it waits as a sender: a reply has come, or something to handle meanwhile.

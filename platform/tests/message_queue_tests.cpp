@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <ctime>
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
@@ -283,6 +284,70 @@ TEST(MessageQueue, LetsTwoThreadsSendToEachOther) {
         EXPECT_EQ(window.Handle().Send(Note, 5), 10);
     });
     EXPECT_THAT(window.Notes, ElementsAre(5));
+}
+
+TEST(MessageQueue, KeepsTheSenderWaitingForAnAnswerThatIsDeferred) {
+    CServer server;
+    std::optional<CDeferredReply> reply;
+    std::atomic<bool> isAnswered{false};
+    std::thread sender([&] {
+        server.Do([&] {
+            reply.emplace(CDeferredReply::Take());
+            EXPECT_TRUE(*reply);
+            EXPECT_FALSE(CDeferredReply::Take()) << "one message has one answer";
+        });
+        isAnswered = true;
+    });
+    server.Do([&] {
+        // Its turn has come before, or comes now.
+        while (!reply)
+            DispatchPendingMessages();
+        EXPECT_FALSE(isAnswered);
+        reply.reset();
+    });
+    sender.join();
+    EXPECT_TRUE(isAnswered);
+    EXPECT_EQ(server.Window->Handle().Send(Note, 4), 8) << "the next one is answered as ever";
+}
+
+TEST(MessageQueue, DefersNoAnswerThatNobodyWaitsFor) {
+    CWindow window;
+    int asked = 0;
+    std::function<void()> ask = [&] {
+        EXPECT_FALSE(CDeferredReply::Take());
+        ++asked;
+    };
+    const auto argument = reinterpret_cast<std::uintptr_t>(&ask);
+    window.Handle().Post(Perform, argument);
+    DispatchPendingMessages();
+    window.Handle().Send(Perform, argument);
+    // Nor the answer to the message within which the thread sends to itself.
+    CServer server;
+    server.Do([&] { server.Window->Handle().Send(Perform, argument); });
+    EXPECT_EQ(asked, 3);
+}
+
+TEST(MessageQueue, DefersTheAnswerAlsoOfAHandlerThatThrows) {
+    CServer server;
+    std::optional<CDeferredReply> reply;
+    std::thread sender;
+    server.Do([&] {
+        sender = std::thread([&] {
+            std::function<void()> body = [&] {
+                reply.emplace(CDeferredReply::Take());
+                throw std::runtime_error("handler");
+            };
+            EXPECT_EQ(server.Window->Handle().Send(Perform, reinterpret_cast<std::uintptr_t>(&body)), 0);
+        });
+        while (!reply) {
+            try {
+                DispatchPendingMessages();
+            } catch (const std::runtime_error&) {
+            }
+        }
+        reply.reset();
+    });
+    sender.join();
 }
 
 TEST(MessageQueue, HandlesNothingElseDuringABlockingSend) {
