@@ -6,6 +6,7 @@
 #include "unicomp/LocalRPC/interface/AO_WndMsgPumpTransport.h"
 
 #include <utility>
+#include <vector>
 
 namespace LocalRPC {
 
@@ -70,13 +71,24 @@ bool CWindowSlot::WakeAgain() {
     return m_Window && !m_IsLost && m_Window->Handle().Post(CWndImpl::ProcessMessage);
 }
 
-void CWindowSlot::Lose(const CWndImpl& window) {
+bool CWindowSlot::Lose(const CWndImpl& window) {
     const std::scoped_lock lock(m_Lock);
-    if (m_Window.get() == &window) {
-        m_IsLost = true;
-        // Nobody joins a wake that nobody will serve.
-        m_PendingWakes = 0;
-    }
+    if (m_Window.get() != &window)
+        return false;
+    m_IsLost = true;
+    // Nobody joins a wake that nobody will serve.
+    m_PendingWakes = 0;
+    return true;
+}
+
+bool CWindowSlot::HasWindow() const {
+    const std::scoped_lock lock(m_Lock);
+    return m_Window && !m_IsLost;
+}
+
+bool CWindowSlot::IsElsewhere() const noexcept {
+    const DWORD owner = m_OwnerThread.load();
+    return owner != NoThread && owner != platform::CurrentThreadId();
 }
 
 bool CWindowSlot::IsOwnThread() const noexcept {
@@ -85,17 +97,55 @@ bool CWindowSlot::IsOwnThread() const noexcept {
 
 // ---- CWndMsgPumpBase ----
 
+// The calling thread runs tasks of the transport, for the length of a scope. Kept by the thread, since a transport
+// may have gone to another one while a task still runs here.
+class CWndMsgPumpBase::CServing {
+public:
+    explicit CServing(CWndMsgPumpBase& pump) noexcept
+        : m_Pump(pump), m_Enclosing(std::exchange(t_Innermost, this)) {}
+    ~CServing() { t_Innermost = m_Enclosing; }
+    CServing(const CServing&) = delete;
+    CServing& operator=(const CServing&) = delete;
+
+    // Null when the calling thread runs no task of the transport.
+    static CServing* Outermost(const CWndMsgPumpBase& pump) noexcept {
+        CServing* found = nullptr;
+        for (CServing* serving = t_Innermost; serving != nullptr; serving = serving->m_Enclosing)
+            if (&serving->m_Pump == &pump && serving->IsInTask)
+                found = serving;
+        return found;
+    }
+
+    bool IsInTask = false;
+    bool WakeMissed = false; // a wake came while a task ran
+    // They go last, when neither the task nor this is there any more.
+    std::vector<platform::CDeferredReply> Replies;
+
+private:
+    static thread_local CServing* t_Innermost;
+
+    CWndMsgPumpBase& m_Pump;
+    CServing* const m_Enclosing;
+};
+
+thread_local CWndMsgPumpBase::CServing* CWndMsgPumpBase::CServing::t_Innermost = nullptr;
+
 class CWndMsgPumpBase::CInTask {
 public:
-    explicit CInTask(CWndMsgPumpBase& pump) noexcept : m_Pump(pump) {
+    CInTask(CWndMsgPumpBase& pump, CServing& serving) noexcept : m_Pump(pump), m_Serving(serving) {
         m_Pump.m_InTask.fetch_add(1, std::memory_order_relaxed);
+        m_Serving.IsInTask = true;
     }
-    ~CInTask() { m_Pump.m_InTask.fetch_sub(1, std::memory_order_relaxed); }
+    ~CInTask() {
+        m_Serving.IsInTask = false;
+        m_Pump.m_InTask.fetch_sub(1, std::memory_order_relaxed);
+    }
     CInTask(const CInTask&) = delete;
     CInTask& operator=(const CInTask&) = delete;
 
 private:
     CWndMsgPumpBase& m_Pump;
+    CServing& m_Serving;
 };
 
 bool CWndMsgPumpBase::Start() {
@@ -122,7 +172,12 @@ bool CWndMsgPumpBase::Post(const CTaskPtr& task) {
     }
     if (task)
         m_Storage->Push(task);
-    return m_WindowSlot.Wake(sync);
+    if (m_WindowSlot.Wake(sync))
+        return true;
+    // A stop has come between. What was refused does not run after the next start.
+    if (task && !m_WindowSlot.HasWindow())
+        task->Drop();
+    return false;
 }
 
 // Queued, it would wait for the thread that is waiting for it.
@@ -130,27 +185,39 @@ void CWndMsgPumpBase::RunInPlace(const CTaskPtr& task) {
     // The task may drop the last other references to both.
     const boost::intrusive_ptr<CWndMsgPumpBase> self(this);
     const CTaskPtr held(task);
+    const bool isWithin = CServing::Outermost(*this) != nullptr;
+    CServing serving(*this);
     {
-        const CInTask inTask(*this);
+        const CInTask inTask(*this, serving);
         execute_task(held);
     }
-    // Whoever posted meanwhile counts on the wake that found this task running. If the task stopped the object,
-    // that was the last.
-    if (m_InTask != 0 || !std::exchange(m_WakeMissed, false) || m_WindowSlot.WakeAgain())
+    // Whoever posted meanwhile counts on the wake that found this task running.
+    if (isWithin || !serving.WakeMissed)
         return;
-    if (!IsRunning())
-        ClearQueue();
+    DropWhenStopped();
+    if (m_WindowSlot.IsOwnThread() && !m_WindowSlot.WakeAgain())
+        Drain(serving, platform::Infinite);
 }
 
 void CWndMsgPumpBase::Process(DWORD limit) {
-    const DWORD start = limit != platform::Infinite ? platform::TickCount() : 0;
-    for (;;) {
-        if (limit != platform::Infinite && platform::TickCount() - start >= limit) {
-            m_WindowSlot.WakeAgain();
+    if (!m_AllowNested && m_InTask > 0) {
+        if (CServing* outermost = CServing::Outermost(*this)) {
+            outermost->WakeMissed = true;
             return;
         }
-        if (!m_AllowNested && m_InTask > 0) {
-            m_WakeMissed = true;
+    }
+    CServing serving(*this);
+    Drain(serving, limit);
+}
+
+void CWndMsgPumpBase::Drain(CServing& serving, DWORD limit) {
+    const DWORD start = limit != platform::Infinite ? platform::TickCount() : 0;
+    // What waits for another thread's window is that thread's to run.
+    while (!m_WindowSlot.IsElsewhere()) {
+        if (limit != platform::Infinite && platform::TickCount() - start >= limit) {
+            // Nobody joins a wake that could not be posted.
+            if (!m_WindowSlot.WakeAgain())
+                m_WindowSlot.ForgetPending();
             return;
         }
         CTaskPtr task;
@@ -160,11 +227,27 @@ void CWndMsgPumpBase::Process(DWORD limit) {
             return;
         if (!task)
             continue;
-        const CInTask inTask(*this);
+        const CInTask inTask(*this, serving);
         execute_task(task);
         task.reset();
         m_Storage->OnTaskDone();
     }
+}
+
+// If a task stopped the object, the wake that it missed was the last.
+void CWndMsgPumpBase::DropWhenStopped() {
+    utils::CTaskQueue dropped; // destroyed when the lock is left
+    const std::scoped_lock lock(m_Lock);
+    if (!IsRunning())
+        dropped = m_Storage->Take();
+}
+
+void CWndMsgPumpBase::DeferReplyToTheEndOfTasks() {
+    CServing* outermost = CServing::Outermost(*this);
+    if (outermost == nullptr)
+        return;
+    if (platform::CDeferredReply reply = platform::CDeferredReply::Take())
+        outermost->Replies.push_back(std::move(reply));
 }
 
 bool CWndMsgPumpBase::StopEx(const bool clear, const ULONG, const bool block) {
@@ -191,9 +274,11 @@ DWORD CWndMsgPumpBase::GetThreadId() const {
 }
 
 void CWndMsgPumpBase::OnWindowLost(const CWndImpl& window) {
-    m_WindowSlot.Lose(window);
-    // Nobody will run them; who waits for one must not wait for ever.
-    ClearQueue();
+    // Nobody will run them; who waits for one must not wait for ever. Those of another window are not concerned.
+    if (m_WindowSlot.Lose(window))
+        ClearQueue();
+    else
+        DropWhenStopped();
 }
 
 // ---- CWndMsgPump ----

@@ -51,6 +51,10 @@ private:
 // the lock and forgotten without it; a post that finds a wake pending joins it by a look at the count, so that a
 // task costs no contended lock here. While a wake is being posted the count is negative: nobody may join it before
 // it is known to be under way.
+//
+// No task is overlooked between the two: it is pushed before the look at the count, and the count is forgotten
+// before the look at the queue, and push and pop take the storage's lock. If the pop comes first and misses the
+// task, the poster behind it finds the count forgotten.
 class CWindowSlot {
 public:
     // What was held is the caller's to release, outside of any lock.
@@ -59,14 +63,17 @@ public:
     bool Wake(bool sync);
     // Another message, whatever is under way. False when it could not be posted.
     bool WakeAgain();
+    [[nodiscard]] bool HasWindow() const;
     // On the window's thread. True when a wake was pending, which others may have joined since the last look at the
     // queue: it is to be looked at once more.
     bool ForgetPending() noexcept { return m_PendingWakes.exchange(0) != 0; }
-    // The owner thread ends.
-    void Lose(const CWndImpl& window);
+    // The owner thread of the window ends. False when the slot holds another window by now, or none.
+    bool Lose(const CWndImpl& window);
 
     [[nodiscard]] bool IsLost() const noexcept { return m_IsLost.load(); }
     [[nodiscard]] bool IsOwnThread() const noexcept;
+    // The window went to another thread.
+    [[nodiscard]] bool IsElsewhere() const noexcept;
     // 0xFFFFFFFF without a window.
     [[nodiscard]] DWORD OwnerThread() const noexcept { return m_OwnerThread.load(); }
 
@@ -79,7 +86,7 @@ private:
     bool PostOwnWake(const platform::CWindowHandle& window);
     bool SendOwnWake(const platform::CWindowHandle& window);
 
-    std::recursive_mutex m_Lock;
+    mutable std::recursive_mutex m_Lock;
     std::shared_ptr<CWndImpl> m_Window; // guarded by m_Lock
     std::atomic<DWORD> m_OwnerThread{NoThread};
     std::atomic<bool> m_IsLost{false};
@@ -106,14 +113,19 @@ protected:
 
 private:
     friend class CWndImpl;
+    class CServing;
     class CInTask;
 
     void RunInPlace(const CTaskPtr& task);
+    void Drain(CServing& serving, DWORD limit);
+    void DropWhenStopped();
+    // Whoever has sent the message that is being handled goes on waiting until the task is over within which it
+    // came, and what follows it.
+    void DeferReplyToTheEndOfTasks();
     void OnWindowLost(const CWndImpl& window);
 
     CWindowSlot m_WindowSlot;
-    std::atomic<LONG> m_InTask{0}; // tasks being run on the window's thread
-    bool m_WakeMissed = false;     // of the window's thread: a wake came while a task ran
+    std::atomic<LONG> m_InTask{0}; // tasks being run on the window's thread, or on those of windows before it
 };
 
 class CWndMsgPump : public CWndMsgPumpBase {

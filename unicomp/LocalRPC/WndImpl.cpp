@@ -56,6 +56,9 @@ void CWndImpl::Process() {
 void CWndImpl::Suicide() {
     Handle().Post(SetTimerMessage, 0, 0);
     Process();
+    // The end of the stop is the end of the last task, also of one within which this message came.
+    if (const boost::intrusive_ptr<CWndMsgPumpBase> pump = Pump())
+        pump->DeferReplyToTheEndOfTasks();
     const bool _res = DestroyWindow();
     BugSlayerUtil::Assert(_res, L"_res");
 }

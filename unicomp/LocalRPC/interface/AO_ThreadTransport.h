@@ -7,8 +7,7 @@
 //           be started.
 //   Start   a running object is stopped first, and its queue is lost. Unblocks.
 //   StopEx  lets the queue run to its end, unless `clear` is set, and ends the thread; `block` refuses posts from
-//   then
-//           on. True also when there is nothing to stop; from the own thread an assertion, and false. A thread that
+//           then on. True also when there is nothing to stop; from the own thread an assertion, and false. A thread that
 //           has not ended within twice a finite time-out is abandoned: it finishes the task it is in, runs no
 //           other, and ends by itself; what that task uses must live as long.
 
