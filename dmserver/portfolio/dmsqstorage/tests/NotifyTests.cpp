@@ -374,6 +374,8 @@ TEST_F(Notify, ThreadsAdviseAndUnadviseWhileChangesAreDelivered) {
                 const auto sink = platform::MakeObject<CRecordingSink>();
                 m_Notify->AdviseNotify(0xFFFFF, sink.Get());
                 m_Smart->SendNotify(1 << t);
+                if (i % 10 == 0)
+                    InsertHoliday(L"Changed");
                 m_Notify->UnadviseNotify(0xFFFFF, sink.Get());
             }
             --running;
