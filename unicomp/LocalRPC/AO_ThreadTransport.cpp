@@ -32,7 +32,8 @@ public:
     CServing& operator=(const CServing&) = delete;
 };
 
-// The system's text for a status; the status of an error number carries it in its low half.
+} // namespace
+
 std::string ThreadErrorText(DWORD error) {
     constexpr DWORD SystemFacility = 0x80070000;
     const DWORD status = static_cast<LONG>(error) > 0 ? SystemFacility | (error & 0xFFFF) : error;
@@ -41,8 +42,6 @@ std::string ThreadErrorText(DWORD error) {
         isSystem ? platform::ToUtf8(platform::SystemErrorText(status & 0xFFFF)) : std::string();
     return text.empty() ? "create thread unknown error" : text;
 }
-
-} // namespace
 
 // ---- CThreadRun ----
 

@@ -16,6 +16,10 @@ namespace LocalRPC::details {
 
 class CThreadBase;
 
+// The system's text for why a thread could not be created: for an error number, or for a status that carries one in
+// its low half. UTF-8, never empty.
+[[nodiscard]] std::string ThreadErrorText(DWORD error);
+
 // What a transport and its thread share, for as long as either uses it. A thread that was abandoned has nothing
 // else.
 class CThreadRun : private boost::noncopyable {

@@ -86,13 +86,24 @@ TEST_F(TaskStorage, TasksAreNotDestroyedUnderTheLock) {
         explicit CComesBack(CTaskStorage& storage) : Storage(&storage) {}
         CComesBack(CComesBack&& other) noexcept : Storage(std::exchange(other.Storage, nullptr)) {}
         ~CComesBack() {
-            if (Storage != nullptr)
-                Storage->Push(MakeAsyncTask([] {}));
+            if (Storage == nullptr)
+                return;
+            CTaskPtr none;
+            Storage->Pop(none);
+            EXPECT_FALSE(none);
+            Storage->Push(MakeAsyncTask([] {}));
         }
         void operator()() const {}
         CTaskStorage* Storage;
     };
     m_Storage.Push(MakeAsyncTask(CComesBack(m_Storage)));
+    m_Storage.Clear();
+    EXPECT_TRUE(Pop());
+    EXPECT_FALSE(Pop());
+    // Behind others, one of which was popped before.
+    m_Storage.Push(MakeAsyncTask([] {}));
+    m_Storage.Push(MakeAsyncTask(CComesBack(m_Storage)));
+    EXPECT_TRUE(Pop());
     m_Storage.Clear();
     EXPECT_TRUE(Pop());
     EXPECT_FALSE(Pop());
