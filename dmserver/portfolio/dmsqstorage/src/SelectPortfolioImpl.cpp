@@ -125,15 +125,25 @@ CComPtr<IdmTable> ExchangeTable() {
 // Reads a table that a select of all columns has filled. Settings and sessions may be as many as symbols.
 class CRowReader {
 public:
-    explicit CRowReader(const CComPtr<IdmTable>& table) : m_Rows(table.As<ITableRows>()) {}
+    // `source` is the table of the database, for whoever has to mend it.
+    CRowReader(const CComPtr<IdmTable>& table, const wchar_t* source)
+        : m_Rows(table.As<ITableRows>()), m_Source(source) {}
 
     ULONG Count() const { return m_Rows->RowCount(); }
-    ULONG Column(const char* name) const { return static_cast<ULONG>(m_Rows->FindColumn(name)); }
+    ULONG Column(const char* name) const {
+        const LONG column = m_Rows->FindColumn(name);
+        if (column < 0)
+            platform::ThrowStatus(E_FAIL, std::wstring(L"the table ") + m_Source +
+                                              L" of the database has no column " + platform::FromUtf8(name) +
+                                              L"; restore the database from a backup");
+        return static_cast<ULONG>(column);
+    }
     LONG Long(ULONG row, ULONG column) const { return static_cast<LONG>(m_Rows->Integer(row, column)); }
     double Double(ULONG row, ULONG column) const { return m_Rows->Real(row, column); }
 
 private:
     CComPtr<ITableRows> m_Rows;
+    const wchar_t* m_Source;
 };
 
 // The row's own key is mostly above all that are there, because keys only rise.
@@ -208,6 +218,11 @@ CSelectPortfolioHelper::CSelectPortfolioHelper(sqStorage::IdmDatabase* database)
 void CSelectPortfolioHelper::SelectAllPortfolio(IdmTable* Table) {
     if (!m_Database)
         platform::ThrowStatus(E_POINTER, L"Database");
+    const CComPtr<ITableRows> rows = CComPtr<IdmTable>(Table).As<ITableRows>();
+    if (!rows)
+        platform::ThrowStatus(E_NOINTERFACE, L"the portfolio cannot be written into a table of this making; pass a "
+                                             L"table of the class dmTable");
+    Forget();
     sqStorage::RaiseUnlessOk(m_Database->GetTransaction(m_Transaction.Put()), *m_Database, L"GetTransaction");
     // All statements see the same state, so that what a symbol refers to is there if it ever was.
     sqStorage::RaiseUnlessOk(m_Transaction->Begin(IDM_dmFirebird::isolationSnapshot), *m_Database, L"Begin");
@@ -219,7 +234,6 @@ void CSelectPortfolioHelper::SelectAllPortfolio(IdmTable* Table) {
     LoadSessionDetails();
     for (const wchar_t* name : PortfolioFields)
         AddField(*Table, name);
-    const CComPtr<ITableRows> rows = CComPtr<IdmTable>(Table).As<ITableRows>();
     CPortfolioRows portfolio(*rows, m_Exchanges, m_DataFeeds, m_Settings, m_Sessions);
     Select(L"SELECT SYMBOL,SYMBOL_NAME,SYMBOL_ROOT,DESCRIPTION,CUSIP,CATEGORY,DATA_FEED,EXCHANGE,SETTING_TYPE,"
            L"SETTING,SESSION_TYPE,CUSTOM_SESSION,TEMPLATE_SESSION,CONTRACT_MONTH,CONTRACT_YEAR,"
@@ -229,6 +243,14 @@ void CSelectPortfolioHelper::SelectAllPortfolio(IdmTable* Table) {
     Table->First();
     portfolio.CompleteAll();
     sqStorage::RaiseUnlessOk(m_Transaction->Finish(), *m_Database, L"Finish");
+    Forget();
+}
+
+void CSelectPortfolioHelper::Forget() {
+    m_Exchanges.clear();
+    m_DataFeeds.clear();
+    m_Settings.clear();
+    m_Sessions.clear();
 }
 
 void CSelectPortfolioHelper::LoadExchanges() {
@@ -265,7 +287,7 @@ void CSelectPortfolioHelper::LoadDataFeeds() {
 void CSelectPortfolioHelper::LoadSettings() {
     const CComPtr<IdmTable> table = sqStorage::NewTable();
     Select(L"SELECT * FROM SETTINGS", *table);
-    const CRowReader rows(table);
+    const CRowReader rows(table, L"SETTINGS");
     const ULONG settingColumn = rows.Column("SETTING");
     const ULONG priceScale = rows.Column("PRICE_SCALE");
     const ULONG pointValue = rows.Column("POINT_VALUE");
@@ -281,7 +303,7 @@ void CSelectPortfolioHelper::LoadSettings() {
 void CSelectPortfolioHelper::LoadSessions() {
     const CComPtr<IdmTable> table = sqStorage::NewTable();
     Select(L"SELECT * FROM SESSIONS", *table);
-    const CRowReader rows(table);
+    const CRowReader rows(table, L"SESSIONS");
     const ULONG sessionColumn = rows.Column("SESSION");
     const ULONG sessionType = rows.Column("SESSION_TYPE");
     const ULONG timeZone = rows.Column("TIME_ZONE");
@@ -297,7 +319,7 @@ void CSelectPortfolioHelper::LoadSessions() {
 void CSelectPortfolioHelper::LoadSessionDetails() {
     const CComPtr<IdmTable> table = sqStorage::NewTable();
     Select(L"SELECT * FROM SESSION_DETAILS", *table);
-    const CRowReader rows(table);
+    const CRowReader rows(table, L"SESSION_DETAILS");
     const std::array columns{rows.Column("SESSION"), rows.Column("START_DAY"), rows.Column("START_TIME"),
                              rows.Column("END_DAY"), rows.Column("END_TIME"),  rows.Column("VALUE5"),
                              rows.Column("VALUE6"),  rows.Column("VALUE7")};

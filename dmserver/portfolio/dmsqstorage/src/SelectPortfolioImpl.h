@@ -1,7 +1,7 @@
 // The whole portfolio with all that a symbol has from its exchange, data feed, setting and session, joined in
 // memory: six statements in place of one procedure call for each symbol.
 //
-// Life: a helper serves one call and goes with it, and so does all that it reads.
+// Life: what a call reads it forgets at its end; the next call of the same helper reads everything anew.
 // Threads: one helper belongs to one thread; helpers of several threads do not meet.
 // Errors: everything is raised. The table then stays as it was at that moment: the rows before the failing one are
 // complete, the others have what the portfolio itself holds.
@@ -93,7 +93,7 @@ class CSelectPortfolioHelper {
 public:
     explicit CSelectPortfolioHelper(sqStorage::IdmDatabase* database);
 
-    // Appends every symbol, in the order of the names.
+    // Appends every symbol, in the order of the names. The table must be one of this library's, for its ITableRows.
     void SelectAllPortfolio(sqStorage::IdmTable* Table);
 
 private:
@@ -103,6 +103,7 @@ private:
     void LoadSessions();
     void LoadSessionDetails();
     void Select(const wchar_t* sql, sqStorage::IdmTable& table);
+    void Forget();
 
     sqStorage::CComPtr<sqStorage::IdmDatabase> m_Database;
     // Released without being finished it is rolled back, and there is nothing in it to lose.

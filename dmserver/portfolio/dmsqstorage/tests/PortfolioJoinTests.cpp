@@ -3,10 +3,14 @@
 #include "PortfolioRows.h"
 #include "SelectPortfolioImpl.h"
 
+#include "ForeignTable.h"
 #include "PortfolioFixture.h"
 #include "WatchedDatabase.h"
 #include "diagnostics/interface/CrashCatchers.h"
+#include "dmserver/dmFirebird/interface/LastErrorText.h"
+#include "platform/com/com_error.h"
 #include "platform/crash.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <limits>
@@ -226,6 +230,147 @@ TEST_F(PortfolioJoin, AHelperMayServeAgain) {
         helper.SelectAllPortfolio(table.Get());
         EXPECT_THAT(Column(table, L"SESSIONS_STRING"), ElementsAre(ExchangeSessions));
     }
+}
+
+TEST_F(PortfolioJoin, AHelperKeepsNothingBetweenItsCalls) {
+    WritePortfolio({{.Symbol = 1, .Name = L"A"},
+                    {.Symbol = 2, .Name = L"B", .SettingType = 0, .Setting = 101},
+                    {.Symbol = 3, .Name = L"C", .SessionType = 0, .CustomSession = 201},
+                    {.Symbol = 4, .Name = L"D", .DataFeed = 6}});
+    CSelectPortfolioHelper helper(m_Database.Get());
+    helper.SelectAllPortfolio(NewTable().Get());
+    // Another text for a session that is still there, and details that are not counted twice.
+    Write({L"DELETE FROM SESSION_DETAILS WHERE SESSION=200 AND START_DAY=2"});
+    const auto table = NewTable();
+    helper.SelectAllPortfolio(table.Get());
+    EXPECT_THAT(Column(table, L"SESSIONS_STRING"),
+                ElementsAre(L"1:1950,2355,6,7,5;", L"1:1950,2355,6,7,5;", OwnSessions, L"1:1950,2355,6,7,5;"));
+    // What is gone is not found any more, also after a call that failed.
+    const std::pair<const wchar_t*, const wchar_t*> gone[]{
+        {L"DELETE FROM DATA_FEEDS WHERE DATA_FEED=6", L"[WARNING]: Id 6 not found"},
+        {L"DELETE FROM SESSIONS WHERE SESSION=201", L"[WARNING]: Id 201 not found"},
+        {L"DELETE FROM SETTINGS WHERE SETTING=101", L"[WARNING]: Id 101 not found"},
+        {L"DELETE FROM EXCHANGES", L"[WARNING]: Id 10 not found"}};
+    for (const auto& [statement, warning] : gone) {
+        Write({statement});
+        Recorder::Clear();
+        EXPECT_THROW(helper.SelectAllPortfolio(NewTable().Get()), std::exception);
+        EXPECT_THAT(Recorder::Messages(), ElementsAre(warning));
+    }
+}
+
+TEST_F(PortfolioJoin, ATableOfAnotherMakingIsRefusedBeforeAnythingIsDone) {
+    const auto table = platform::MakeObject<CForeignTable>();
+    try {
+        CSelectPortfolioHelper(m_Database.Get()).SelectAllPortfolio(table.Get());
+        ADD_FAILURE();
+    } catch (const platform::CComError& error) {
+        EXPECT_EQ(E_NOINTERFACE, error.Code());
+        EXPECT_EQ(L"the portfolio cannot be written into a table of this making; pass a table of the class dmTable",
+                  error.Text());
+    }
+    EXPECT_EQ(0, table->Calls);
+    EXPECT_THAT(m_Watch.Calls, IsEmpty());
+}
+
+// The text is kept in the session's entry and not made again for the next symbol: that the details are other ones
+// by then shows in nothing.
+TEST_F(PortfolioJoin, TheTextOfASessionIsBuiltOnceForAllItsSymbols) {
+    WritePortfolio({{.Symbol = 1, .Name = L"A"},
+                    {.Symbol = 2, .Name = L"B", .SessionType = 2, .TemplateSession = 202},
+                    {.Symbol = 3, .Name = L"C"}});
+    const auto table = Select();
+    const Exchanges exchanges{{10, {.Exchange = 10, .Setting = 100, .Session = 200}}};
+    const DataFeeds feeds{{5, {.DataFeed = 5}}};
+    const Settings settings{{100, {.Setting = 100}}};
+    Sessions sessions{{200, {.Session = 200, .Details = {{200, 0, 60, 0, 120, 0, 0, 0}}}},
+                      {201, {.Session = 201}},
+                      {202, {.Session = 202}}};
+    CPortfolioRows rows(*table.As<IDM_dmudfcom::ITableRows>(), exchanges, feeds, settings, sessions);
+    rows.CompleteAll();
+    EXPECT_THAT(Column(table, L"SESSIONS_STRING"), ElementsAre(L"1:1,2,0,0,0;", L"0:", L"1:1,2,0,0,0;"));
+    EXPECT_EQ("1:1,2,0,0,0;", sessions.at(200).SessionsString.Text);
+    EXPECT_EQ("", sessions.at(201).SessionsString.Text) << "nobody needs it";
+    sessions.at(200).Details.clear();
+    rows.CompleteAll();
+    EXPECT_THAT(Column(table, L"SESSIONS_STRING"), ElementsAre(L"1:1,2,0,0,0;", L"0:", L"1:1,2,0,0,0;"));
+}
+
+// A database of the tables that the selection reads, and nothing that holds on to their columns.
+class BareStore : public HostTest {
+protected:
+    BareStore() {
+        const auto database = Open(&IDM_dmFirebird::IdmDatabase::Create);
+        for (const wchar_t* table :
+             {L"EXCHANGES (EXCHANGE INTEGER, EXCHANGE_NAME VARCHAR(31), SETTING INTEGER, SESSION INTEGER, "
+              L"USE_DAYLIGHT INTEGER, BIAS INTEGER, STANDARD_BIAS INTEGER, STANDARD_MONTH INTEGER, "
+              L"STANDARD_DAY_OF_WEEK INTEGER, STANDARD_DAY INTEGER, STANDARD_TIME VARCHAR(31), DAYLIGHT_BIAS "
+              L"INTEGER, "
+              L"DAYLIGHT_MONTH INTEGER, DAYLIGHT_DAY_OF_WEEK INTEGER, DAYLIGHT_DAY INTEGER, "
+              L"DAYLIGHT_TIME VARCHAR(31))",
+              L"DATA_FEEDS (DATA_FEED INTEGER, DATA_FEED_NAME VARCHAR(31))",
+              L"SETTINGS (SETTING INTEGER, PRICE_SCALE INTEGER, POINT_VALUE INTEGER, DAILY_LIMIT INTEGER, "
+              L"MIN_MOVEMENT INTEGER)",
+              L"SESSIONS (SESSION INTEGER, SESSION_TYPE INTEGER, TIME_ZONE INTEGER)",
+              L"SESSION_DETAILS (SESSION INTEGER, START_DAY INTEGER, START_TIME INTEGER, END_DAY INTEGER, "
+              L"END_TIME INTEGER, VALUE5 INTEGER, VALUE6 INTEGER, VALUE7 INTEGER)"})
+            Run(database, std::wstring(L"CREATE TABLE ") + table);
+        database->Close();
+    }
+    ~BareStore() { Open(&IDM_dmFirebird::IdmDatabase::Open)->Drop(); }
+
+    using Opening = HRESULT (IDM_dmFirebird::IdmDatabase::*)(BSTR, BSTR, BSTR);
+    static CComPtr<IDM_dmFirebird::IdmDatabase> Open(Opening opening) {
+        CComPtr<IDM_dmFirebird::IdmDatabase> database;
+        EXPECT_EQ(S_OK, platform::CreateInstance(IDM_dmFirebird::CLSID_dmDatabase, database));
+        const auto connection = Host().Connection();
+        EXPECT_EQ(S_OK,
+                  (database.Get()->*opening)(CBstr(Host().Path(L"bare.fdb")).Get(),
+                                             CBstr(connection.UserName).Get(), CBstr(connection.Password).Get()))
+            << platform::ToUtf8(IDM_dmFirebird::LastErrorText(*database));
+        return database;
+    }
+    static void Run(const CComPtr<IDM_dmFirebird::IdmDatabase>& database, const std::wstring& statement) {
+        sqStorage::CDatabaseRequest request(database.Get());
+        request.Open(statement.c_str(), nullptr, nullptr);
+        request.Fetch(0);
+    }
+    // What a selection fails of.
+    static std::wstring Failure() {
+        const auto database = Open(&IDM_dmFirebird::IdmDatabase::Open);
+        std::wstring failure;
+        try {
+            CSelectPortfolioHelper(database.Get()).SelectAllPortfolio(NewTable().Get());
+        } catch (const platform::CComError& error) {
+            failure = error.Text();
+        }
+        database->Close();
+        return failure;
+    }
+    static void Alter(const std::wstring& statement) {
+        const auto database = Open(&IDM_dmFirebird::IdmDatabase::Open);
+        Run(database, statement);
+        database->Close();
+    }
+};
+
+TEST_F(BareStore, AColumnThatIsGoneIsNamed) {
+    const std::pair<std::wstring, std::vector<std::wstring>> tables[]{
+        {L"SETTINGS", {L"SETTING", L"PRICE_SCALE", L"POINT_VALUE", L"DAILY_LIMIT", L"MIN_MOVEMENT"}},
+        {L"SESSIONS", {L"SESSION", L"SESSION_TYPE", L"TIME_ZONE"}},
+        {L"SESSION_DETAILS",
+         {L"SESSION", L"START_DAY", L"START_TIME", L"END_DAY", L"END_TIME", L"VALUE5", L"VALUE6", L"VALUE7"}}};
+    EXPECT_THAT(Failure(), testing::HasSubstr(L"PORTFOLIO")) << "the only one that was never there";
+    Recorder::Clear();
+    for (const auto& [table, columns] : tables)
+        for (const std::wstring& column : columns) {
+            Alter(L"ALTER TABLE " + table + L" DROP " + column);
+            EXPECT_EQ(L"the table " + table + L" of the database has no column " + column +
+                          L"; restore the database from a backup",
+                      Failure());
+            Alter(L"ALTER TABLE " + table + L" ADD " + column + L" INTEGER");
+        }
+    EXPECT_THAT(Recorder::Asserts(), IsEmpty());
 }
 
 TEST_F(PortfolioJoin, ARefusedStatementIsRaisedWithTheDatabasesWords) {
