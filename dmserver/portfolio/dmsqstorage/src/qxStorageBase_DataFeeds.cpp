@@ -45,7 +45,7 @@ HRESULT CqxStorageBase::UpdateDataFeed(LONG Datafeed, BSTR DataFeedName, BSTR Da
 
 HRESULT CqxStorageBase::get_Datafeed(LONG* Value) {
     const BugSlayerUtil::CScope scope(this);
-    // Unlike every other method: a property has no status of its own for an object without a storage.
+    // The one method that takes a missing storage for a bad argument, and still gives a value.
     if (Value && !m_Holder) {
         *Value = 0;
         return E_INVALIDARG;

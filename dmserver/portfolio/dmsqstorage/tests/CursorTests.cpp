@@ -434,6 +434,61 @@ TEST_F(Cursors, ACustomFutureIsFoundByItsNameWithinAFeed) {
               L"UPPER(SYMBOL_NAME)=UPPER('es-1')))");
 }
 
+// What the request says at another mode is nobody's business.
+TEST_F(Cursors, EverythingIsReadAtTheModeOfAdvise) {
+    constexpr LONG Mode = 3;
+    const auto expectSql = [this](const tagCursorRequest& wanted, const std::wstring& sql) {
+        const auto request = wanted.Make();
+        for (const LONG other : {LONG{0}, Mode + 1}) {
+            request->put_Symbol(other, 4711);
+            request->put_SymbolName(other, CBstr(L"other").Get());
+            request->put_SymbolRoot(other, CBstr(L"other").Get());
+            request->put_Description(other, CBstr(L"other").Get());
+            request->put_Category(other, 77);
+            request->put_Datafeed(other, 78);
+            request->put_ExchangeId(other, 79);
+        }
+        TakeAll();
+        LONG id = 0;
+        EXPECT_EQ(S_OK, m_Portfolio->Advise(Mode, request.Get(), NewTable().Get(), &id));
+        EXPECT_TRUE(Host().HasPrepared(sql)) << platform::ToUtf8(sql);
+        EXPECT_THAT(Recorder::Asserts(), IsEmpty());
+        Unadvise(id);
+    };
+    expectSql({.Type = Symbol, .Mode = Mode, .Symbol = 12}, L"SELECT * FROM GET_SYMBOL_INFO(12)");
+    expectSql({.Type = Symbol, .Mode = Mode, .Datafeed = 5, .SymbolName = L"mode"},
+              L"SELECT * FROM GET_SYMBOL_INFO((SELECT FIRST(1) SYMBOL FROM PORTFOLIO WHERE DATA_FEED=5 AND "
+              L"UPPER(SYMBOL_NAME)=UPPER('mode')))");
+    expectSql({.Type = CustomFuture, .Mode = Mode, .Symbol = 13}, L"SELECT * FROM GET_CF_INFO(13)");
+    expectSql({.Type = CustomFutures, .Mode = Mode, .Symbol = 14},
+              std::wstring(CustomFutureHead) + L" AND P.CF=14");
+    expectSql({.Type = CustomFutures,
+               .Mode = Mode,
+               .Datafeed = 5,
+               .SymbolName = L"mode",
+               .ExchangeId = 10,
+               .SymbolRoot = L"root"},
+              std::wstring(CustomFutureHead) +
+                  L" AND UPPER(P.SYMBOL_NAME) LIKE 'MODE%' AND P.EXCHANGE=10 AND P.DATA_FEED=5 AND "
+                  L"UPPER(P.SYMBOL_ROOT)=UPPER('root')");
+    expectSql({.Type = CustomFutures, .Mode = Mode, .Description = L"mode"},
+              std::wstring(CustomFutureHead) + L" AND UPPER(P.DESCRIPTION) STARTING WITH 'MODE'");
+}
+
+TEST_F(Cursors, ACustomFutureIsFoundByItsNameAtTheModeOfAdvise) {
+    AddCustomFuture(50, L"ES-1");
+    const auto request =
+        tagCursorRequest{.Type = CustomFuture, .Mode = 3, .Datafeed = 5, .SymbolName = L"es-1"}.Make();
+    request->put_Datafeed(0, 6);
+    request->put_SymbolName(0, CBstr(L"other").Get());
+    const auto table = NewTable();
+    LONG id = 0;
+    EXPECT_EQ(S_OK, m_Portfolio->Advise(3, request.Get(), table.Get(), &id));
+    Fetch(id, 0);
+    EXPECT_THAT(Column(table, L"CF"), ElementsAre(L"50"));
+    Unadvise(id);
+}
+
 // --- side by side
 
 TEST_F(Cursors, ARequestThatRefusesToTellCountsAsOneThatSaysNothing) {

@@ -1,4 +1,5 @@
 // The selection of symbols, by a request and of all of them.
+#include "ForeignTable.h"
 #include "PortfolioFixture.h"
 #include "RefusingRequest.h"
 
@@ -92,7 +93,21 @@ protected:
 
 TEST_F(Portfolio, AllSymbolsComeWithThirtyFiveFieldsInOrder) {
     Add({});
-    EXPECT_THAT(FieldNames(All()), ElementsAreArray(PortfolioFields));
+    const auto table = All();
+    EXPECT_THAT(FieldNames(table), ElementsAreArray(PortfolioFields));
+    for (LONG i = 0; i < LONG{PortfolioFields.size()}; ++i) {
+        CComPtr<IdmField> field;
+        LONG baseCode = -1;
+        LONG hasStatus = -1;
+        LONG status = -1;
+        ASSERT_EQ(S_OK, table->get_Field(i, field.Put()));
+        field->get_BaseCode(&baseCode);
+        field->get_HasStatus(&hasStatus);
+        field->get_Status(&status);
+        EXPECT_EQ(0, baseCode) << i;
+        EXPECT_EQ(0, hasStatus) << i;
+        EXPECT_EQ(0, status) << i;
+    }
 }
 
 TEST_F(Portfolio, AnEmptyPortfolioHasTheFieldsAndNoRows) {
@@ -435,6 +450,14 @@ TEST_F(Portfolio, AFieldThatTheClientDeclaredOtherwiseIsConverted) {
     EXPECT_THAT(Column(table, L"POINT_VALUE"), ElementsAre(L"50"));
 }
 
+TEST_F(Portfolio, ATableOfAnotherMakingIsReportedAndStaysAsItIs) {
+    Add({});
+    const auto table = platform::MakeObject<CForeignTable>();
+    EXPECT_EQ(S_OK, m_Storage->SelectPortfolio(0, nullptr, table.Get()));
+    EXPECT_EQ(0, table->Calls);
+    EXPECT_THAT(Recorder::Errors(), ElementsAre(HasSubstr(L"pass a table of the class dmTable")));
+}
+
 TEST_F(Portfolio, ANullTableIsRefusedAndANullRequestIsNot) {
     EXPECT_EQ(E_INVALIDARG, m_Storage->SelectPortfolio(0, nullptr, nullptr));
     EXPECT_EQ(E_INVALIDARG, m_Storage->SelectPortfolio(0, NewRequest().Get(), nullptr));
@@ -603,6 +626,24 @@ TEST_F(Portfolio, ARequestThatRefusesToTellIsReportedAndTheTableStaysAsItWas) {
     table->get_FieldCount(&fields);
     EXPECT_EQ(0, fields);
     EXPECT_THAT(Recorder::Errors(), ElementsAre(HasSubstr(L"0x80004004"))) << "the status of the refusal";
+}
+
+TEST_F(Portfolio, ARequestIsReadInOneOrderAndTheFirstRefusalEndsIt) {
+    const std::vector<std::wstring> order{L"Symbol", L"SymbolName", L"Datafeed", L"Category", L"ExchangeId"};
+    for (std::size_t refused = 0; refused < order.size(); ++refused) {
+        TakeAll();
+        const auto request = platform::MakeObject<CRefusingRequest>();
+        std::vector<std::wstring> asked;
+        request->OnGet = [&](const std::wstring& property) {
+            asked.push_back(property);
+            return property == order[refused] ? E_ABORT : S_OK;
+        };
+        const auto table = NewTable();
+        EXPECT_EQ(S_OK, m_Storage->SelectPortfolio(0, request.Get(), table.Get()));
+        EXPECT_EQ(std::vector(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(refused) + 1), asked);
+        EXPECT_THAT(Recorder::Errors(), ElementsAre(HasSubstr(L"0x80004004"))) << refused;
+        EXPECT_THAT(FieldNames(table), IsEmpty());
+    }
 }
 
 TEST_F(Portfolio, ARequestReadsTheZoneThatItsConnectionWasTold) {

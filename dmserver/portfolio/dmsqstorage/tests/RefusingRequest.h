@@ -1,14 +1,20 @@
-// A request of which every property refuses to tell, with E_ABORT.
+// A request of which every property refuses to tell, with E_ABORT; what describes a symbol answers as OnGet wants.
 #pragma once
 
 #include "dmserver/dmudfcom/interface/Carriers.h"
 #include "platform/com/object.h"
+
+#include <functional>
+#include <string>
 
 namespace tests {
 
 class CRefusingRequest final : public platform::CObject<CRefusingRequest, platform::ECounter::Interlocked,
                                                         platform::CDispatchImpl<IDM_dmudfcom::IdmRequest>> {
 public:
+    // The status of the property of that name. Its value stays as the caller left it.
+    std::function<HRESULT(const std::wstring&)> OnGet = [](const std::wstring&) { return E_ABORT; };
+
     HRESULT get_Id(LONG*) override { return E_ABORT; }
     HRESULT put_Id(LONG) override { return E_ABORT; }
     HRESULT get_Type(LONG*) override { return E_ABORT; }
@@ -20,17 +26,17 @@ public:
     HRESULT get_Request(BSTR*) override { return E_ABORT; }
     HRESULT get_QueryType(LONG*) override { return E_ABORT; }
     HRESULT get_SymbolListType(LONG*) override { return E_ABORT; }
-    HRESULT get_Datafeed(LONG, LONG*) override { return E_ABORT; }
+    HRESULT get_Datafeed(LONG, LONG*) override { return OnGet(L"Datafeed"); }
     HRESULT put_Datafeed(LONG, LONG) override { return E_ABORT; }
-    HRESULT get_Symbol(LONG, LONG*) override { return E_ABORT; }
+    HRESULT get_Symbol(LONG, LONG*) override { return OnGet(L"Symbol"); }
     HRESULT put_Symbol(LONG, LONG) override { return E_ABORT; }
-    HRESULT get_SymbolName(LONG, BSTR*) override { return E_ABORT; }
+    HRESULT get_SymbolName(LONG, BSTR*) override { return OnGet(L"SymbolName"); }
     HRESULT put_SymbolName(LONG, BSTR) override { return E_ABORT; }
     HRESULT get_SymbolRoot(LONG, BSTR*) override { return E_ABORT; }
     HRESULT put_SymbolRoot(LONG, BSTR) override { return E_ABORT; }
     HRESULT get_Description(LONG, BSTR*) override { return E_ABORT; }
     HRESULT put_Description(LONG, BSTR) override { return E_ABORT; }
-    HRESULT get_Category(LONG, LONG*) override { return E_ABORT; }
+    HRESULT get_Category(LONG, LONG*) override { return OnGet(L"Category"); }
     HRESULT put_Category(LONG, LONG) override { return E_ABORT; }
     HRESULT get_PriceScale(LONG, LONG*) override { return E_ABORT; }
     HRESULT put_PriceScale(LONG, LONG) override { return E_ABORT; }
@@ -68,7 +74,7 @@ public:
     HRESULT put_SessionId(LONG) override { return E_ABORT; }
     HRESULT get_SessionType(LONG*) override { return E_ABORT; }
     HRESULT put_SessionType(LONG) override { return E_ABORT; }
-    HRESULT get_ExchangeId(LONG, LONG*) override { return E_ABORT; }
+    HRESULT get_ExchangeId(LONG, LONG*) override { return OnGet(L"ExchangeId"); }
     HRESULT put_ExchangeId(LONG, LONG) override { return E_ABORT; }
     HRESULT get_ExchangeName(LONG, BSTR*) override { return E_ABORT; }
     HRESULT put_ExchangeName(LONG, BSTR) override { return E_ABORT; }
