@@ -1,5 +1,6 @@
 // A write is traced before its statement runs, and announced when it is committed.
 #include "StorageFixture.h"
+#include "SymbolArguments.h"
 
 #include "dmserver/dmudfcom/interface/FieldIds.h"
 
@@ -46,6 +47,17 @@ protected:
         Sql(L"INSERT INTO SESSION_DETAILS VALUES(" + Text(key) + L",1,2,3,4,5,6,7)");
     }
 
+    static void Symbol(LONG key) {
+        Sql(L"INSERT INTO PORTFOLIO VALUES(" + Text(key) +
+            L",'Old','R','','',1,7,5,1,0,1,0,0,0,0,0,0,0,NULL,0,0,NULL,NULL)");
+    }
+    static tagSymbolArguments NewSymbol() {
+        tagSymbolArguments symbol;
+        symbol.SymbolName = L"New";
+        return symbol;
+    }
+
+    static constexpr const wchar_t* SymbolName = L"SELECT SYMBOL_NAME FROM PORTFOLIO";
     static constexpr const wchar_t* FeedName = L"SELECT DATA_FEED_NAME FROM DATA_FEEDS";
     static constexpr const wchar_t* ExchangeName = L"SELECT EXCHANGE_NAME FROM EXCHANGES";
     static constexpr const wchar_t* SessionName = L"SELECT SESSION_NAME FROM SESSIONS";
@@ -296,6 +308,38 @@ TEST_F(Order, OfCurrencySetTwiceAndDeleted) {
     const auto deleted = Watch(Codes, [&] { return currency->DeleteCurrency(7); });
     EXPECT_THAT(deleted.Traced, ElementsAre(One(L"978")));
     EXPECT_THAT(deleted.Announced, ElementsAre(View()));
+}
+
+TEST_F(Order, OfInsertedSymbol) {
+    LONG key = 0;
+    const auto moments = Watch(SymbolName, [&] { return InsertPortfolio(*m_Storage.Get(), NewSymbol(), &key); });
+    EXPECT_THAT(moments.Traced, ElementsAre(View()));
+    EXPECT_THAT(moments.Announced, ElementsAre(One(L"New")));
+}
+
+TEST_F(Order, OfUpdatedSymbol) {
+    Symbol(1);
+    const auto moments = Watch(SymbolName, [&] { return UpdatePortfolio(*m_Storage.Get(), 1, NewSymbol()); });
+    EXPECT_THAT(moments.Traced, ElementsAre(One(L"Old")));
+    EXPECT_THAT(moments.Announced, ElementsAre(One(L"New")));
+}
+
+// The symbol first, then its text files, which are announced when all of them are gone.
+TEST_F(Order, OfDeletedSymbolAndItsTextFiles) {
+    Symbol(1);
+    Sql(L"EXECUTE BLOCK AS BEGIN DELETE FROM ASC_MAP; DELETE FROM ASC_TEMPLATES; "
+        L"INSERT INTO ASC_MAP (ID,SYMBOL) VALUES(101,1); INSERT INTO ASC_TEMPLATES VALUES(101,1,1,'x'); "
+        L"INSERT INTO ASC_MAP (ID,SYMBOL) VALUES(102,1); INSERT INTO ASC_TEMPLATES VALUES(102,1,1,'x'); END");
+    const auto moments = Watch(L"SELECT (SELECT COUNT(*) FROM PORTFOLIO) AS EXCHANGE, "
+                               L"(SELECT COUNT(*) FROM ASC_MAP) AS SETTING, "
+                               L"(SELECT COUNT(*) FROM ASC_TEMPLATES) AS SESSION FROM RDB$DATABASE",
+                               [&] { return m_Storage->DeletePortfolio(1); });
+    const auto left = [](const wchar_t* symbols, const wchar_t* files, const wchar_t* templates) {
+        return View{{symbols, files, templates}};
+    };
+    EXPECT_THAT(moments.Traced, ElementsAre(left(L"1", L"2", L"2"), left(L"0", L"2", L"2"), left(L"0", L"1", L"2"),
+                                            left(L"0", L"1", L"1"), left(L"0", L"0", L"1")));
+    EXPECT_THAT(moments.Announced, ElementsAre(left(L"0", L"2", L"2"), left(L"0", L"0", L"0")));
 }
 
 } // namespace
