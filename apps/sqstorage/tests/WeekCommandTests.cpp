@@ -135,6 +135,15 @@ TEST_F(WeekCommand, WrongUsageIsStatus2) {
     EXPECT_EQ(end.Errors, "error: --date: there is no day 2026-02-30: correct the month or the day.\n");
 }
 
+TEST_F(WeekCommand, AMachineWithoutATimeZoneHasNoLocalClock) {
+    m_Variables["TZ"] = ":No/Such/Zone";
+    const tagEnd end = Run({"week", "CME", "--zone", "local"});
+    EXPECT_EQ(end.Status, 2);
+    EXPECT_EQ(end.Errors,
+              "error: The time zone of this machine is not known: correct the environment variable TZ.\n");
+    EXPECT_EQ(Run({"week", "CME"}).Status, 0);
+}
+
 TEST_F(WeekCommand, OnATerminalBlocksAreGreenAndFillItsWidth) {
     // The terminal has 100 columns.
     EXPECT_THAT(RunOnTerminal({"week", "CME", "--date", "2026-03-04"}).Output,
