@@ -1,6 +1,7 @@
 #include "dmserver/dmSingleton/interface/dmSingleton.h"
 
 #include "diagnostics/tests/recorder/Recorder.h"
+#include "dmserver/dmSingleton/interface/CriticalSection.h"
 
 #include <atomic>
 #include <chrono>
@@ -81,6 +82,27 @@ protected:
     }
     void TearDown() override { EXPECT_EQ(0, CProbe::Alive); }
 };
+
+TEST(CriticalSection, TryEnterTakesAFreeLockAndNeverWaits) {
+    dm::CCriticalSection lock;
+    const auto another = [&] {
+        return std::async(std::launch::async,
+                          [&] {
+                              const bool entered = lock.TryEnter();
+                              if (entered)
+                                  lock.Leave();
+                              return entered;
+                          })
+            .get();
+    };
+    EXPECT_TRUE(another());
+    EXPECT_TRUE(lock.TryEnter());
+    EXPECT_TRUE(lock.TryEnter()) << "the owner may enter again";
+    lock.Leave();
+    EXPECT_FALSE(another()) << "entered twice and left once";
+    lock.Leave();
+    EXPECT_TRUE(another());
+}
 
 TEST_F(ProcessSingleton, AHandleIsTwoBytes) { EXPECT_EQ(2U, sizeof(Handle)); }
 
