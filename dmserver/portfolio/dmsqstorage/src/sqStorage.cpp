@@ -67,9 +67,11 @@ void CStorage::init_impl() {
         if (m_Initialized.load() != 0)
             return;
         const CDataBaseParams& parameters = ProcessDatabaseParams();
-        // What was opened stays, when only a later step failed.
+        // What was opened stays, when only a later step failed: clients may be at work on it.
         if (parameters.IsValid() && m_DatabaseOpened == 0 && !OpenDatabase(parameters))
             return;
+        if (m_DatabaseOpened > 0)
+            CreateHelpers();
         scope.Check(platform::CreateInstance(IDM_dmudfcom::CLSID_dmTable, m_SymbolTable), L"m_SymbolTable");
         m_DictionaryPath = parameters.DictionaryPath();
         LoadExchangeTimeZones();
@@ -93,10 +95,16 @@ bool CStorage::OpenDatabase(const CDataBaseParams& parameters) {
         return false;
     }
     CheckSchema();
-    m_IdGenerator = std::make_unique<CIdGenerator>(m_Database.Get());
-    m_Requestes = std::make_unique<CRequestes>(m_Database.Get());
     m_DatabaseOpened = 1;
     return true;
+}
+
+// Those that are not there yet. The database is open also without them.
+void CStorage::CreateHelpers() {
+    if (!m_IdGenerator)
+        m_IdGenerator = std::make_unique<CIdGenerator>(m_Database.Get());
+    if (!m_Requestes)
+        m_Requestes = std::make_unique<CRequestes>(m_Database.Get());
 }
 
 void CStorage::CheckSchema() {

@@ -228,6 +228,7 @@ private:
     void init_impl();
     // False when the database did not open; the reason is in the trail.
     bool OpenDatabase(const CDataBaseParams& parameters);
+    void CreateHelpers();
     // Raises unless the database holds this program's version of the schema.
     void CheckSchema();
     void LoadExchangeTimeZones();

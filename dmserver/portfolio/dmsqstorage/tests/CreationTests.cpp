@@ -221,6 +221,7 @@ TEST_F(Creation, FirstClientsOnManyThreadsStartItOnce) {
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(0, failures);
+    EXPECT_THAT(Recorder::Messages(), Contains(L"init ok").Times(1));
     EXPECT_THAT(Recorder::Errors(), IsEmpty());
 }
 

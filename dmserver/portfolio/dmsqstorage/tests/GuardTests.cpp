@@ -207,6 +207,18 @@ TEST_F(Guards, AnExceptionInACurrencyOperationReachesTheCaller) {
     EXPECT_THAT(Recorder::Errors(), IsEmpty());
 }
 
+TEST_F(Guards, AnExceptionInASendReachesTheCaller) {
+    {
+        const CNoObject none(m_Holder);
+        EXPECT_ANY_THROW(m_Object->SendNotify(8));
+        EXPECT_THAT(Recorder::Errors(), IsEmpty()) << "there is no guard that could report it";
+    }
+    m_Object->FinalRelease();
+    EXPECT_ANY_THROW(m_Object->SendNotify(8)) << "an instance without a storage";
+    EXPECT_EQ(S_FALSE, m_Object->AdviseNotify(8, nullptr));
+    EXPECT_EQ(S_FALSE, m_Object->UnadviseNotify(8, nullptr));
+}
+
 TEST_F(Guards, ALookupByNameWithoutATableIsReportedWithTheStatusAndFindsNothing) {
     Sql(L"INSERT INTO DATA_FEEDS VALUES(5,'Twin','x.dll','{C}',1,1,0,0,'X')");
     Sql(L"INSERT INTO EXCHANGES (EXCHANGE,EXCHANGE_NAME) VALUES(6,'Twin')");

@@ -1,6 +1,7 @@
 #include "RefusedClass.h"
 
 #include <atomic>
+#include <utility>
 
 namespace {
 
@@ -10,6 +11,13 @@ struct tagRefusal {
 };
 
 std::atomic<const tagRefusal*> g_Refusal{nullptr};
+
+struct tagWatched {
+    CLSID Class;
+    tests::CWatchedClass::Watch Watch;
+};
+
+std::atomic<const tagWatched*> g_Watched{nullptr};
 
 } // namespace
 
@@ -23,6 +31,14 @@ CRefusedClass::CRefusedClass(REFCLSID clsid, HRESULT status) {
 
 CRefusedClass::~CRefusedClass() { g_Refusal = nullptr; }
 
+CWatchedClass::CWatchedClass(REFCLSID clsid, Watch watch) {
+    static tagWatched watched;
+    watched = {clsid, std::move(watch)};
+    g_Watched = &watched;
+}
+
+CWatchedClass::~CWatchedClass() { g_Watched = nullptr; }
+
 } // namespace tests
 
 HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD context, REFIID iid, void** object) {
@@ -34,5 +50,7 @@ HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD context, REFIID 
     platform::CComPtr<IClassFactory> factory;
     const HRESULT status =
         CoGetClassObject(clsid, context, nullptr, platform::UuidOf<IClassFactory>, factory.PutVoid());
-    return FAILED(status) ? status : factory->CreateInstance(outer, iid, object);
+    const HRESULT made = FAILED(status) ? status : factory->CreateInstance(outer, iid, object);
+    const tagWatched* const watched = g_Watched;
+    return made == S_OK && watched && watched->Class == clsid ? watched->Watch(object) : made;
 }

@@ -6,6 +6,8 @@
 
 #include "platform/com/activation.h"
 
+#include <functional>
+
 namespace tests {
 
 class CRefusedClass {
@@ -14,6 +16,18 @@ public:
     ~CRefusedClass();
     CRefusedClass(const CRefusedClass&) = delete;
     CRefusedClass& operator=(const CRefusedClass&) = delete;
+};
+
+// Shows a test each new object of a class before the caller gets it. The test may put another in its place, or take
+// it away and answer with a status of its own. As above.
+class CWatchedClass {
+public:
+    using Watch = std::function<HRESULT(void** made)>;
+
+    CWatchedClass(REFCLSID clsid, Watch watch);
+    ~CWatchedClass();
+    CWatchedClass(const CWatchedClass&) = delete;
+    CWatchedClass& operator=(const CWatchedClass&) = delete;
 };
 
 } // namespace tests
