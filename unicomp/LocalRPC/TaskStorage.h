@@ -44,9 +44,9 @@ public:
     [[nodiscard]] CTaskQueue Take() override;
 
 private:
-    // One queue in two halves, which gives the tasks in the same order as a single one: who pops takes over the newer
-    // half whole when the older one is used up, so that he seldom meets who pushes. m_PopLock is locked first, m_Lock
-    // is the innermost lock of all, and no task is destroyed under either.
+    // One queue in two halves, which gives the tasks in the same order as a single one: who pops takes over the
+    // newer half whole when the older one is used up, so that he seldom meets who pushes. m_PopLock is locked
+    // first, m_Lock is the innermost lock of all, and no task is destroyed under either.
     CTaskQueue m_Oldest; // guarded by m_PopLock
     CSpinLock m_PopLock;
     CTaskQueue m_Tasks; // guarded by m_Lock

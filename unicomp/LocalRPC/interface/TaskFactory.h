@@ -13,8 +13,11 @@ namespace details {
 
 // One wait for an event.
 struct tagWait {
-    static constexpr ULONG Alertable = 1;     // nothing can alert a thread here, so the bit makes no difference
-    static constexpr ULONG PumpsMessages = 2; // dispatches the calling thread's messages meanwhile
+    static constexpr ULONG Alertable = 1; // nothing can alert a thread here, so the bit makes no difference
+    // Dispatches the calling thread's messages meanwhile. A quit message that comes then is posted again, with the
+    // exit code 0, at the end of the wait: posted again at once, it would keep the wait from sleeping and from
+    // timing out.
+    static constexpr ULONG PumpsMessages = 2;
 
     const platform::CEvent& Handle;
     ULONG Timeout;
