@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -57,6 +58,12 @@ struct tagStampedFile {
 // modification time grows with each write. With EAccess::Usual a file that is replaced keeps its permissions. A
 // symbolic link stays, and the file it points to is replaced.
 void WriteFileAtomically(const std::filesystem::path& path, std::string_view bytes,
+                         EAccess access = EAccess::Usual);
+
+// The same for bytes that come one part after another: `write` hands each part to the function it is given. What it
+// raises leaves the old file as it was.
+using TakeBytes = std::function<void(std::string_view)>;
+void WriteFileAtomically(const std::filesystem::path& path, const std::function<void(const TakeBytes&)>& write,
                          EAccess access = EAccess::Usual);
 
 // Creates what is missing; what exists keeps its permissions.

@@ -96,13 +96,11 @@ public:
     CReplacement(const CReplacement&) = delete;
     CReplacement& operator=(const CReplacement&) = delete;
 
-    void Fill(std::string_view bytes) {
-        WriteAll(m_File.Get(), bytes, m_Path);
+    void Add(std::string_view bytes) { WriteAll(m_File.Get(), bytes, m_Path); }
+    void TakePlace() {
         SetLaterTime();
         if (fsync(m_File.Get()) != 0)
             throw CFileError("bring to disk", m_Path, errno);
-    }
-    void TakePlace() {
         if (rename(m_Path.c_str(), m_Target.c_str()) != 0)
             throw CFileError("replace", m_Target, errno);
         m_Done = true;
@@ -182,8 +180,14 @@ std::optional<tagStampedFile> ReadStampedFileIfExists(const std::filesystem::pat
 }
 
 void WriteFileAtomically(const std::filesystem::path& path, std::string_view bytes, EAccess access) {
+    WriteFileAtomically(
+        path, [&](const TakeBytes& take) { take(bytes); }, access);
+}
+
+void WriteFileAtomically(const std::filesystem::path& path, const std::function<void(const TakeBytes&)>& write,
+                         EAccess access) {
     CReplacement replacement(FollowLinks(path), access);
-    replacement.Fill(bytes);
+    write([&](std::string_view bytes) { replacement.Add(bytes); });
     replacement.TakePlace();
 }
 

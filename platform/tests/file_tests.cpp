@@ -55,6 +55,29 @@ TEST_F(File, LeavesNothingBehindWhenItCannotReplace) {
     EXPECT_THAT(ListDirectory(m_Directory.Path()), ElementsAre(At("d")));
 }
 
+TEST_F(File, TakesBytesInParts) {
+    WriteFileAtomically(At("f"), "old");
+    WriteFileAtomically(At("f"), [&](const TakeBytes& take) {
+        take("a");
+        take("");
+        EXPECT_EQ(ReadFile(At("f")), "old");
+        take("b\n");
+    });
+    EXPECT_EQ(ReadFile(At("f")), "ab\n");
+}
+
+TEST_F(File, StaysAsItWasWhenItsNewPartsEndInAnException) {
+    WriteFileAtomically(At("f"), "old");
+    EXPECT_THROW(WriteFileAtomically(At("f"),
+                                     [](const TakeBytes& take) {
+                                         take("new");
+                                         throw std::runtime_error("no more");
+                                     }),
+                 std::runtime_error);
+    EXPECT_EQ(ReadFile(At("f")), "old");
+    EXPECT_THAT(ListDirectory(m_Directory.Path()), ElementsAre(At("f")));
+}
+
 TEST_F(File, SaysWhatCouldNotBeReadAndWhy) {
     try {
         static_cast<void>(ReadFile(At("absent")));
