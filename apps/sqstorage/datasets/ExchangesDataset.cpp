@@ -44,8 +44,6 @@ constexpr std::array<tagColumnRule, RuleCount> Rules{tagColumnRule{"EXCHANGE_NAM
 constexpr std::size_t LongestName = 12;
 constexpr std::size_t LongestDescription = 255;
 
-using PriceTexts = std::array<std::string, PriceColumns.size()>;
-
 void Note(Reasons& reasons, std::optional<std::string> problem) {
     if (problem)
         reasons.push_back(std::move(*problem));
@@ -64,15 +62,6 @@ struct tagExchangeRow {
     const std::string& Id() const { return Name; }
     friend bool operator==(const tagExchangeRow&, const tagExchangeRow&) = default;
 };
-
-PriceTexts TextsOf(const tagPriceSetting& setting) {
-    return {TextOf(std::int64_t{setting.PriceScale}), TextOf(setting.PointValue),
-            TextOf(std::int64_t{setting.DailyLimit}), TextOf(setting.MinMovement)};
-}
-
-std::optional<tagPriceSetting> SettingOf(const PriceTexts& texts, Reasons& reasons) {
-    return ParseSetting({texts[0], texts[1], texts[2], texts[3]}, reasons);
-}
 
 class CExchangeTable {
 public:
@@ -135,14 +124,8 @@ public:
 
     std::vector<Cell> Cells(const Row& row) const {
         std::vector<Cell> cells{row.Name, row.Description, row.Calendar, row.Session};
-        Reasons ignored;
-        if (const auto setting = SettingOf(row.Prices, ignored)) {
-            cells.insert(cells.end(), {std::int64_t{setting->PriceScale}, setting->PointValue,
-                                       std::int64_t{setting->DailyLimit}, setting->MinMovement});
-        } else {
-            // Nothing that was there is hidden.
-            cells.insert(cells.end(), row.Prices.begin(), row.Prices.end());
-        }
+        const std::vector<Cell> prices = CellsOf(row.Prices);
+        cells.insert(cells.end(), prices.begin(), prices.end());
         cells.insert(cells.end(), {std::int64_t{row.TimeZone}, row.MapId, row.Zone});
         return cells;
     }
@@ -227,10 +210,7 @@ private:
                 row.Zone};
     }
 
-    LONG NewSetting(const Row& row) const {
-        Reasons ignored;
-        return InsertSetting(m_Store, SettingOf(row.Prices, ignored).value());
-    }
+    LONG NewSetting(const Row& row) const { return InsertSetting(m_Store, SettingOf(row.Prices).value()); }
 
     // A setting that stays behind has no effect; the refusal that led here is what counts.
     void Forget(LONG setting) const {
@@ -245,8 +225,7 @@ private:
         const auto uses = m_SettingUses.find(key);
         if (!m_Prices.contains(key) || uses == m_SettingUses.end() || uses->second > 1)
             return NewSetting(row);
-        Reasons ignored;
-        UpdateSetting(m_Store, key, SettingOf(row.Prices, ignored).value());
+        UpdateSetting(m_Store, key, SettingOf(row.Prices).value());
         return key;
     }
 
@@ -262,7 +241,7 @@ private:
     std::vector<tagKeyedExchange> m_Exchanges;
 };
 
-class CExchangesDataset final : public IDataset {
+class CExchangesDataset final : public ISmallDataset {
 public:
     std::string_view Name() const override { return "exchanges"; }
     std::span<const tagColumnRule> Columns() const override { return Rules; }

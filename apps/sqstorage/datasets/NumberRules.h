@@ -1,4 +1,4 @@
-// Whole numbers that the store takes.
+// Numbers that the store takes.
 #pragma once
 
 #include "platform/com/types.h"
@@ -19,5 +19,9 @@ inline constexpr LONG LargestLong = std::numeric_limits<LONG>::max();
 // The same, where an empty text stands for a number.
 [[nodiscard]] std::optional<LONG> ParseWholeOr(LONG empty, std::string_view column, std::string_view text,
                                                LONG least, LONG most, std::vector<std::string>& reasons);
+
+// A real number between both ends that the store keeps as it is: it writes six decimals, and the column is a float.
+[[nodiscard]] std::optional<float> ParseKeptReal(std::string_view column, std::string_view text, double above,
+                                                 double below, std::vector<std::string>& reasons);
 
 } // namespace sqCli

@@ -1,9 +1,6 @@
 #include "PriceRules.h"
 
 #include "NumberRules.h"
-#include "apps/sqstorage/rows/Numbers.h"
-
-#include <fmt/format.h>
 
 namespace sqCli {
 
@@ -11,29 +8,8 @@ namespace {
 
 using Reasons = std::vector<std::string>;
 
-// What reads back when this value was written: the store writes six decimals and keeps a float.
-float AsKept(double value) {
-    return static_cast<float>(
-        ParseReal(fmt::format("{:.6f}", static_cast<double>(static_cast<float>(value)))).value_or(0));
-}
-
 std::optional<float> ParsePrice(std::string_view column, std::string_view text, Reasons& reasons) {
-    constexpr double limit = 1e9;
-    const auto value = ParseReal(text);
-    if (!value || *value <= 0 || *value >= limit) {
-        reasons.push_back(fmt::format(
-            "{} is \"{}\": give a number above 0 and below 1000000000, with a decimal point", column, text));
-        return std::nullopt;
-    }
-    const float kept = AsKept(*value);
-    const std::string keptText = ShortestText(kept);
-    if (ParseReal(keptText) != value || kept >= limit) {
-        reasons.push_back(fmt::format("{} is \"{}\", and the store would keep {}: give at most six decimals and "
-                                      "seven digits in all",
-                                      column, text, keptText));
-        return std::nullopt;
-    }
-    return kept;
+    return ParseKeptReal(column, text, 0, 1e9, reasons);
 }
 
 } // namespace
@@ -46,6 +22,23 @@ std::optional<tagPriceSetting> ParseSetting(const std::array<std::string_view, 4
     if (!scale || !point || !limit || !movement)
         return std::nullopt;
     return tagPriceSetting{*scale, *point, *limit, *movement};
+}
+
+PriceTexts TextsOf(const tagPriceSetting& setting) {
+    return {TextOf(std::int64_t{setting.PriceScale}), TextOf(setting.PointValue),
+            TextOf(std::int64_t{setting.DailyLimit}), TextOf(setting.MinMovement)};
+}
+
+std::optional<tagPriceSetting> SettingOf(const PriceTexts& texts) {
+    Reasons ignored;
+    return ParseSetting({texts[0], texts[1], texts[2], texts[3]}, ignored);
+}
+
+std::vector<Cell> CellsOf(const PriceTexts& texts) {
+    if (const auto setting = SettingOf(texts))
+        return {std::int64_t{setting->PriceScale}, setting->PointValue, std::int64_t{setting->DailyLimit},
+                setting->MinMovement};
+    return {texts.begin(), texts.end()};
 }
 
 } // namespace sqCli

@@ -19,4 +19,13 @@ inline constexpr std::array PriceColumns{tagColumnRule{"PRICE_SCALE", true}, tag
 [[nodiscard]] std::optional<tagPriceSetting> ParseSetting(const std::array<std::string_view, 4>& values,
                                                           std::vector<std::string>& reasons);
 
+// A setting as texts, which may say what no setting should.
+using PriceTexts = std::array<std::string, PriceColumns.size()>;
+
+[[nodiscard]] PriceTexts TextsOf(const tagPriceSetting& setting);
+// Nothing when the texts say no setting that the store takes.
+[[nodiscard]] std::optional<tagPriceSetting> SettingOf(const PriceTexts& texts);
+// Numbers, or the texts when they say no setting: nothing that was there is hidden.
+[[nodiscard]] std::vector<Cell> CellsOf(const PriceTexts& texts);
+
 } // namespace sqCli
