@@ -19,20 +19,6 @@ namespace {
 
 constexpr std::wstring_view UnknownException = L"an exception of unknown type";
 
-// Some formats do not tell before they are expanded: those whose mark is cut short by an argument.
-bool MayBeWarning(const wchar_t* format) noexcept {
-    return format && std::ranges::any_of(WarningMarks, [format](std::wstring_view mark) {
-               const wchar_t* at = format;
-               for (const wchar_t c : mark) {
-                   if (*at == L'%')
-                       return true;
-                   if (*at++ != c)
-                       return false;
-               }
-               return true;
-           });
-}
-
 LONG ThreadNumber() { return static_cast<LONG>(platform::CurrentThreadId()); }
 
 std::string_view ViewOf(const char* text) { return text ? std::string_view(text) : std::string_view(); }
@@ -123,8 +109,6 @@ void TracerClass::TraceLeave() const noexcept {
 
 void TracerClass::TraceLine(const wchar_t* outFile, const CFormat& format,
                             std::span<const CArgument> arguments) const noexcept {
-    if (IsDropped(format.Text()))
-        return;
     // Expanding the text may disturb it too.
     const platform::CLastErrorKeeper keeper;
     WithoutException([&] {
@@ -137,11 +121,6 @@ void TracerClass::TraceLine(const wchar_t* outFile, const CFormat& format,
                         .OutFile = outFile});
         return S_OK;
     });
-}
-
-// Whatever its arguments are.
-bool TracerClass::IsDropped(const wchar_t* format) const noexcept {
-    return m_Client.Drops(0) && (m_Client.Drops(IDM_BugSlayerUtil::WarningLine) || !MayBeWarning(format));
 }
 
 void TracerClass::WriteTrace(const tagTrace& trace) const noexcept {

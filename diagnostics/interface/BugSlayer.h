@@ -20,6 +20,7 @@
 // that says beforehand what it does not want (IDebugLevel) spares both.
 
 #include "diagnostics/interface/BugSlayerClient.h"
+#include "diagnostics/interface/RecordNames.h"
 #include "diagnostics/interface/ReportText.h"
 #include "platform/last_error.h"
 
@@ -53,6 +54,8 @@ public:
     // As Trace, with the name of an output file of its own in the record.
     template <class... Arguments>
     void TraceTo(const wchar_t* outFile, CFormat format, const Arguments&... arguments) const noexcept {
+        if (IsDropped(format.Text()))
+            return;
         const std::array<CArgument, sizeof...(Arguments)> list{CArgument(arguments)...};
         TraceLine(outFile, format, list);
     }
@@ -71,7 +74,10 @@ protected:
     void TraceLeave() const noexcept;
     void TraceLine(const wchar_t* outFile, const CFormat& format,
                    std::span<const CArgument> arguments) const noexcept;
-    [[nodiscard]] bool IsDropped(const wchar_t* format) const noexcept;
+    // Whatever its arguments are.
+    [[nodiscard]] bool IsDropped(const wchar_t* format) const noexcept {
+        return m_Client.Drops(0) && (m_Client.Drops(IDM_BugSlayerUtil::WarningLine) || !MayBeWarning(format));
+    }
     // Qualified name, UTF-8.
     [[nodiscard]] std::string_view FunctionText() const noexcept;
 

@@ -27,6 +27,18 @@ inline constexpr std::wstring_view WarningMarks[] = {L"[Warning]", L"[WARNING]"}
     return message.starts_with(WarningMarks[0]) || message.starts_with(WarningMarks[1]);
 }
 
+// Some formats do not tell before they are expanded: those whose mark is cut short by an argument.
+[[nodiscard]] constexpr bool MayBeWarning(const wchar_t* format) noexcept {
+    for (const std::wstring_view mark : WarningMarks) {
+        std::size_t same = 0;
+        while (format && same < mark.size() && format[same] == mark[same])
+            ++same;
+        if (format && (same == mark.size() || format[same] == L'%'))
+            return true;
+    }
+    return false;
+}
+
 namespace RecordType {
 inline constexpr const wchar_t* Trace = L"TRACE";
 inline constexpr const wchar_t* Assert = L"ASSERT";
