@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace sqCli {
 
@@ -15,9 +16,9 @@ namespace {
 
 constexpr const char* Manual = R"(
 Writes holidays.csv, holiday_dates.csv, settings.csv, feeds.csv, sessions.csv,
-session_details.csv, exchanges.csv and currencies.csv into DIR, which is made when
-it is missing. Files of these names that are there are replaced, each whole or not
-at all; other files are left alone.
+session_details.csv, exchanges.csv, symbols.csv and currencies.csv into DIR, which
+is made when it is missing. Files of these names that are there are replaced, each
+whole or not at all; other files are left alone.
 
 The rows are sorted, texts by code point and numbers as numbers, and each is
 written once, so that an export, imported into an empty store and exported
@@ -27,9 +28,27 @@ imported again, such as a date of a calendar that is gone, is left out with a
 warning. A session that has no name, or one that another has, gets a name of its
 own, with a warning, too.
 
+Symbols are sorted by exchange, name, category and feed. Those of one exchange are
+in memory at a time, since all of them are needed for that; about 200 bytes each.
+A symbol whose feed or exchange is gone is not found, and not written.
+
 Of a feed the files do not tell whether it was the first of its CLSID, nor that
 there are deleted ones.
 )";
+
+// The number of rows.
+std::int64_t ExportFile(CStore& store, const IDataset& dataset, const std::filesystem::path& file,
+                        const CConsole& console) {
+    std::size_t count = 0;
+    bool hasHeader = false;
+    platform::WriteFileAtomically(file, [&](const platform::TakeBytes& take) {
+        dataset.ExportTo(store, console, [&](const tagRowSet& batch) {
+            take(std::exchange(hasHeader, true) ? WriteCsvRows(batch) : WriteCsv(batch));
+            count += batch.Rows.size();
+        });
+    });
+    return static_cast<std::int64_t>(count);
+}
 
 EExitStatus Export(const std::string& directory, const CConsole& console) {
     CStore store;
@@ -37,10 +56,8 @@ EExitStatus Export(const std::string& directory, const CConsole& console) {
     tagRowSet summary{{"FILE", "ROWS"}, {}};
     platform::CreateDirectories(folder);
     for (const IDataset* dataset : Datasets()) {
-        const tagRowSet rows = dataset->Export(store, console);
         const std::filesystem::path file = folder / (std::string(dataset->Name()) + ".csv");
-        platform::WriteFileAtomically(file, WriteCsv(rows));
-        summary.Rows.push_back({file.string(), static_cast<std::int64_t>(rows.Rows.size())});
+        summary.Rows.push_back({file.string(), ExportFile(store, *dataset, file, console)});
     }
     console.Print(summary);
     return EExitStatus::Done;

@@ -37,6 +37,14 @@ taken; others in it are left alone. The order of the paths does not matter.
                        POINT_VALUE, DAILY_LIMIT, MIN_MOVEMENT,
                        TIME_ZONE (optional), MAP_ID (optional),
                        EXCHANGE_TIME_ZONE_INFORMATION
+  symbols.csv          SYMBOL_NAME, SYMBOL_ROOT, DESCRIPTION, CUSIP, CATEGORY,
+                       DATA_FEED_NAME, EXCHANGE_NAME, SETTING_TYPE, PRICE_SCALE,
+                       POINT_VALUE, DAILY_LIMIT, MIN_MOVEMENT, SESSION_TYPE,
+                       SESSION_NAME, TIME_ZONE, SESSION_TIMES, CONTRACT_MONTH,
+                       CONTRACT_YEAR, STRIKE_PRICE, CALL_PUT, MARGIN,
+                       EXPIRATION_DATE, EXPIRED, EXPIRATION_RULE,
+                       FIRST_NOTICE_DATE, DELIVERY (all optional but SYMBOL_NAME,
+                       CATEGORY, DATA_FEED_NAME, EXCHANGE_NAME)
   currencies.csv       ID, CURRENCY_CODE
 
 UTF-8, commas, quotes as in RFC 4180, a header, columns in any order, dates as
@@ -51,12 +59,25 @@ the Sunday after, 8 its Monday. Session names differ by more than letter case.
 
 An exchange owns its session and its price setting, which go when it is deleted:
 give each exchange a session of its own, with the price setting in its row.
-settings.csv has the settings that belong to no exchange. The seventeen numbers
-of EXCHANGE_TIME_ZONE_INFORMATION are, as "360,0,11,0,1,02:00:00.0000,-60,3,0,2,
-02:00:00.0000" for Chicago, without the line break: the minutes to be added for
-UTC; more of them in winter; the month, weekday, week (5 is the last) and time at
-which winter time begins; more minutes in summer; and the same for summer time.
-Month 0 says that there is no change.
+settings.csv has the settings that belong to no exchange and no symbol. The
+seventeen numbers of EXCHANGE_TIME_ZONE_INFORMATION are, as "360,0,11,0,1,02:00:
+00.0000,-60,3,0,2,02:00:00.0000" for Chicago, without the line break: the minutes
+to be added for UTC; more of them in winter; the month, weekday, week (5 is the
+last) and time at which winter time begins; more minutes in summer; and the same
+for summer time. Month 0 says that there is no change.
+
+Symbols differ by name, with its letter case, category, feed and exchange. A
+symbol's SETTING_TYPE is 0 when the four price values of its row are its own, 1,
+as when it is empty, for those of its exchange and 2 for those of the dictionary
+of roots. Its SESSION_TYPE is 0 for times of its own, given as SESSION_TIMES on
+the clock of TIME_ZONE (empty: that of the exchange), perhaps with a SESSION_NAME;
+1 or empty for the session of its exchange; 2 for the template SESSION_NAME; 3 for
+the dictionary of roots. SESSION_TIMES is a text like "Sun 17:00-Mon 16:00; Tue
+09:30-16:00"; a stretch may have VALUE5 to VALUE7 behind it, as the first one in
+"Tue 09:30-16:00 (1 0 0); Wed 09:30-16:00". What a symbol owns is made with it and
+goes with it. EXPIRATION_RULE is the number of the rule. Other empty numbers are
+0, and an empty date, which the store keeps as 1900-01-01, is none. SYMBOL_ROOT is
+kept in capitals.
 
 ASCII is 1 for the one feed that reads text files, ACTIVE is 0 for a feed that is
 switched off. An empty ASCII is 0, an empty ACTIVE 1, an empty VALUE 0.

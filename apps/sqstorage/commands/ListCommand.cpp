@@ -1,11 +1,14 @@
 // list: rows of the store.
 #include "Command.h"
+#include "apps/sqstorage/RowPrinter.h"
 #include "apps/sqstorage/datasets/Dataset.h"
+#include "apps/sqstorage/datasets/TextRules.h"
 #include "apps/sqstorage/rows/Numbers.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
+#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -21,10 +24,18 @@ constexpr const char* Manual = R"(
   sqstorage list exchanges
   sqstorage list session_details --session CME
   sqstorage --format json list settings
+  sqstorage list symbols --feed Simulation --exchange CME --name ES
 
 --calendar, --from and --to are for holiday_dates. A date that lasts several days
 is listed when one of its days is within. --session is for session_details. When
 there is no row, the status is 1.
+
+--feed, --exchange, --category, --name and --description are for symbols, and all
+that are given must hold. Letter case does not count in the last two. In a name
+"%" stands for any characters and "_" for a single one, and "*" alone for every
+name. Symbols come feed by feed, otherwise in the database's own order, and are
+shown as they come; the columns of a table are as wide as the first of them need.
+"sqstorage symbol" tells all of one.
 
 settings has every price setting; those that belong to an exchange are shown with
 it, too. As table and csv, days of the week and times are written as in the files
@@ -38,6 +49,11 @@ struct tagListArguments {
     std::optional<std::string> Session;
     std::optional<std::string> From;
     std::optional<std::string> To;
+    std::optional<std::string> Feed;
+    std::optional<std::string> Exchange;
+    std::optional<std::string> Category;
+    std::optional<std::string> Name;
+    std::optional<std::string> Description;
 };
 
 std::optional<tagDay> DayOf(const std::optional<std::string>& text, const char* option) {
@@ -50,9 +66,35 @@ std::optional<tagDay> DayOf(const std::optional<std::string>& text, const char* 
     return day;
 }
 
+std::optional<LONG> CategoryOf(const std::optional<std::string>& text) {
+    constexpr std::int64_t largest = std::numeric_limits<SHORT>::max();
+    if (!text)
+        return std::nullopt;
+    const auto number = ParseInteger(*text);
+    if (!number || *number < 0 || *number > largest)
+        throw CCommandError(EExitStatus::WrongUsage,
+                            fmt::format("--category is \"{}\": give a whole number from 0 to {}.", *text, largest));
+    return static_cast<LONG>(*number);
+}
+
+// What the store's statement has room for.
+std::optional<std::string> TextOf(const std::optional<std::string>& text, std::string_view option) {
+    if (text)
+        if (const auto problem = TextProblem(option, *text))
+            throw CCommandError(EExitStatus::WrongUsage, *problem + '.');
+    return text;
+}
+
 tagListFilter FilterOf(const tagListArguments& arguments) {
-    tagListFilter filter{arguments.Calendar, arguments.Session, DayOf(arguments.From, "--from"),
-                         DayOf(arguments.To, "--to")};
+    tagListFilter filter{.Calendar = arguments.Calendar,
+                         .Session = arguments.Session,
+                         .From = DayOf(arguments.From, "--from"),
+                         .To = DayOf(arguments.To, "--to"),
+                         .Feed = arguments.Feed,
+                         .Exchange = arguments.Exchange,
+                         .Category = CategoryOf(arguments.Category),
+                         .Name = TextOf(arguments.Name, "--name"),
+                         .Description = TextOf(arguments.Description, "--description")};
     if (filter.From && filter.To && *filter.To < *filter.From)
         throw CCommandError(EExitStatus::WrongUsage, fmt::format("--to {} is before --from {}: exchange them.",
                                                                  *arguments.To, *arguments.From));
@@ -70,6 +112,11 @@ std::vector<std::string_view> GivenFilters(const tagListArguments& arguments) {
     add(arguments.Session, "--session");
     add(arguments.From, "--from");
     add(arguments.To, "--to");
+    add(arguments.Feed, "--feed");
+    add(arguments.Exchange, "--exchange");
+    add(arguments.Category, "--category");
+    add(arguments.Name, "--name");
+    add(arguments.Description, "--description");
     return given;
 }
 
@@ -90,13 +137,14 @@ EExitStatus List(const tagListArguments& arguments, const CConsole& console) {
     RefuseFilters(*dataset, given);
     const tagListFilter filter = FilterOf(arguments);
     CStore store;
-    const tagRowSet rows = dataset->List(store, filter);
-    if (rows.Rows.empty())
-        console.Note(given.empty() ? "The store holds none yet: \"sqstorage import\" brings them in."
-                                   : "There is no such row.");
-    if (!rows.Rows.empty() || console.Format() != EFormat::Table)
-        console.Print(rows);
-    return rows.Rows.empty() ? EExitStatus::Refused : EExitStatus::Done;
+    CRowPrinter printer(console);
+    dataset->ListTo(store, filter, [&](const tagRowSet& batch) { printer.Print(batch); });
+    printer.Finish();
+    if (printer.Count() > 0)
+        return EExitStatus::Done;
+    console.Note(given.empty() ? "The store holds none yet: \"sqstorage import\" brings them in."
+                               : "There is no such row.");
+    return EExitStatus::Refused;
 }
 
 } // namespace
@@ -110,6 +158,12 @@ void AddListCommand(CLI::App& program, Action& chosen) {
     command->add_option("--session", arguments->Session, "Only details of this session")->type_name("NAME");
     command->add_option("--from", arguments->From, "Only dates on or after this day")->type_name("DATE");
     command->add_option("--to", arguments->To, "Only dates on or before this day")->type_name("DATE");
+    command->add_option("--feed", arguments->Feed, "Only symbols of this feed")->type_name("NAME");
+    command->add_option("--exchange", arguments->Exchange, "Only symbols of this exchange")->type_name("NAME");
+    command->add_option("--category", arguments->Category, "Only symbols of this category")->type_name("NUMBER");
+    command->add_option("--name", arguments->Name, "Only symbols whose name begins so")->type_name("PREFIX");
+    command->add_option("--description", arguments->Description, "Only symbols whose description begins so")
+        ->type_name("PREFIX");
     command->callback([arguments, &chosen] {
         chosen = [arguments](const CConsole& console) { return List(*arguments, console); };
     });

@@ -44,7 +44,7 @@ private:
     CStore& m_Store;
 };
 
-class CCurrenciesDataset final : public IDataset {
+class CCurrenciesDataset final : public ISmallDataset {
 public:
     std::string_view Name() const override { return "currencies"; }
     std::span<const tagColumnRule> Columns() const override { return Rules; }

@@ -8,7 +8,7 @@ namespace sqCli {
 std::span<const IDataset* const> Datasets() {
     static const std::array datasets{&HolidaysDataset(),  &HolidayDatesDataset(), &SettingsDataset(),
                                      &FeedsDataset(),     &SessionsDataset(),     &SessionDetailsDataset(),
-                                     &ExchangesDataset(), &CurrenciesDataset()};
+                                     &ExchangesDataset(), &SymbolsDataset(),      &CurrenciesDataset()};
     return datasets;
 }
 

@@ -8,6 +8,7 @@
 #include "apps/sqstorage/store/Store.h"
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -23,6 +24,11 @@ struct tagListFilter {
     std::optional<std::string> Session;
     std::optional<tagDay> From;
     std::optional<tagDay> To;
+    std::optional<std::string> Feed;
+    std::optional<std::string> Exchange;
+    std::optional<LONG> Category;
+    std::optional<std::string> Name;
+    std::optional<std::string> Description;
 };
 
 struct tagImportOptions {
@@ -73,6 +79,9 @@ struct tagImportFile {
     std::vector<tagRowProblem>& Problems;
 };
 
+// Takes a batch of rows. Each batch has the columns.
+using TakeRows = std::function<void(const tagRowSet&)>;
+
 class IDataset {
 public:
     [[nodiscard]] virtual std::string_view Name() const = 0;
@@ -80,16 +89,36 @@ public:
     // The options by which "list" may narrow the rows down.
     [[nodiscard]] virtual std::span<const std::string_view> Filters() const { return {}; }
 
-    // Sorted. Raises CStoreRefusal, and CCommandError for a filter that names nothing.
-    [[nodiscard]] virtual tagRowSet List(CStore& store, const tagListFilter& filter) const = 0;
-    // Sorted, each row once, in the form in which Import takes it. A row that Import would refuse is left out with
-    // a warning.
-    [[nodiscard]] virtual tagRowSet Export(CStore& store, const CConsole& console) const = 0;
+    // In one batch or in many; one comes in any case, if without rows. Raises CStoreRefusal, and CCommandError for
+    // a filter that names nothing.
+    virtual void ListTo(CStore& store, const tagListFilter& filter, const TakeRows& take) const = 0;
+    // The same, sorted, each row once, in the form in which Import takes it. A row that Import would refuse is left
+    // out with a warning.
+    virtual void ExportTo(CStore& store, const CConsole& console, const TakeRows& take) const = 0;
     // Tests all rows, and adds to the problems; only when there are none, writes what the store lacks.
     virtual tagImportCounts Import(tagImportRun& run, const tagImportFile& file) const = 0;
 
 protected:
     ~IDataset() = default;
+};
+
+// A dataset of few rows, which all come at once.
+class ISmallDataset : public IDataset {
+public:
+    void ListTo(CStore& store, const tagListFilter& filter, const TakeRows& take) const final {
+        take(List(store, filter));
+    }
+    void ExportTo(CStore& store, const CConsole& console, const TakeRows& take) const final {
+        take(Export(store, console));
+    }
+
+protected:
+    ~ISmallDataset() = default;
+
+private:
+    // Sorted.
+    [[nodiscard]] virtual tagRowSet List(CStore& store, const tagListFilter& filter) const = 0;
+    [[nodiscard]] virtual tagRowSet Export(CStore& store, const CConsole& console) const = 0;
 };
 
 // All of them, each behind those it refers to.
@@ -107,5 +136,6 @@ protected:
 [[nodiscard]] const IDataset& SessionDetailsDataset();
 [[nodiscard]] const IDataset& ExchangesDataset();
 [[nodiscard]] const IDataset& CurrenciesDataset();
+[[nodiscard]] const IDataset& SymbolsDataset();
 
 } // namespace sqCli

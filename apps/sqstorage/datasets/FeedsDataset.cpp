@@ -94,7 +94,7 @@ private:
     std::string m_TextFeed;
 };
 
-class CFeedsDataset final : public IDataset {
+class CFeedsDataset final : public ISmallDataset {
 public:
     std::string_view Name() const override { return "feeds"; }
     std::span<const tagColumnRule> Columns() const override { return Rules; }

@@ -151,7 +151,7 @@ std::optional<std::string> ExportProblem(const tagListedDate& date) {
     return std::nullopt;
 }
 
-class CHolidayDatesDataset final : public IDataset {
+class CHolidayDatesDataset final : public ISmallDataset {
 public:
     std::string_view Name() const override { return "holiday_dates"; }
     std::span<const tagColumnRule> Columns() const override { return Rules; }

@@ -47,7 +47,7 @@ private:
     CStore& m_Store;
 };
 
-class CHolidaysDataset final : public IDataset {
+class CHolidaysDataset final : public ISmallDataset {
 public:
     std::string_view Name() const override { return "holidays"; }
     std::span<const tagColumnRule> Columns() const override { return Rules; }

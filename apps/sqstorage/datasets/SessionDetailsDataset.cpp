@@ -5,6 +5,7 @@
 #include "SessionNames.h"
 #include "WeekRules.h"
 #include "apps/sqstorage/ExitStatus.h"
+#include "apps/sqstorage/store/Symbols.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -111,7 +112,7 @@ Details Importable(const tagNamedSession& session, const Details& details, const
     return good;
 }
 
-class CSessionDetailsDataset final : public IDataset {
+class CSessionDetailsDataset final : public ISmallDataset {
 public:
     std::string_view Name() const override { return "session_details"; }
     std::span<const tagColumnRule> Columns() const override { return Rules; }
@@ -155,6 +156,8 @@ public:
             }
             all.erase(session.Key);
         }
+        for (const auto& [key, uses] : OwnedBySymbols(store).Sessions)
+            all.erase(key);
         for (const auto& [key, details] : all)
             console.Warn(
                 fmt::format("{} detail(s) of the session with the key {} are left out, because there is no "

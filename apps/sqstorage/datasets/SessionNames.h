@@ -4,6 +4,8 @@
 // has a name of its own: that in the store where it can be kept, otherwise one made from that of its exchange, or
 // with a number behind it. Letter case does not tell two names apart, since the store refuses a template's name in
 // whatever letter case.
+//
+// A session that belongs to one symbol has none: the file of the symbols says it itself.
 #pragma once
 
 #include "apps/sqstorage/store/Sessions.h"

@@ -53,7 +53,7 @@ private:
     CStore& m_Store;
 };
 
-class CSessionsDataset final : public IDataset {
+class CSessionsDataset final : public ISmallDataset {
 public:
     std::string_view Name() const override { return "sessions"; }
     std::span<const tagColumnRule> Columns() const override { return Rules; }

@@ -1,9 +1,10 @@
 // Price settings that belong to nobody. A setting has no name: what it says is what it is known by. One that an
-// exchange owns stands in the exchange's row.
+// exchange or a symbol owns stands in its owner's row.
 #include "Dataset.h"
 #include "PriceRules.h"
 #include "apps/sqstorage/store/Exchanges.h"
 #include "apps/sqstorage/store/PriceSettings.h"
+#include "apps/sqstorage/store/Symbols.h"
 
 #include <fmt/format.h>
 #include <map>
@@ -39,15 +40,15 @@ std::optional<tagPriceSetting> SettingOf(const std::vector<Cell>& row, std::vect
 
 // As SelectSettings gives them.
 std::vector<std::vector<Cell>> FreeSettings(CStore& store) {
-    std::set<LONG> owned;
+    auto owned = OwnedBySymbols(store).Settings;
     for (const tagKeyedExchange& row : SelectExchanges(store))
-        owned.insert(row.Exchange.Setting);
+        ++owned[row.Exchange.Setting];
     auto rows = SelectSettings(store).Rows;
     std::erase_if(rows, [&](const std::vector<Cell>& row) { return owned.contains(LongOf(row.front())); });
     return rows;
 }
 
-class CSettingsDataset final : public IDataset {
+class CSettingsDataset final : public ISmallDataset {
 public:
     std::string_view Name() const override { return "settings"; }
     std::span<const tagColumnRule> Columns() const override { return PriceColumns; }

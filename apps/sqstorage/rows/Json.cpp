@@ -57,12 +57,17 @@ std::string ObjectText(const tagRowSet& rows, const std::vector<Cell>& row) {
 } // namespace
 
 std::string WriteJson(const tagRowSet& rows) {
-    std::string text = "[";
-    for (std::size_t row = 0; row < rows.Rows.size(); ++row) {
-        text += row == 0 ? "\n  " : ",\n  ";
-        text += ObjectText(rows, rows.Rows[row]);
+    return "[" + WriteJsonItems(rows, true) + (rows.Rows.empty() ? "]\n" : "\n]\n");
+}
+
+std::string WriteJsonItems(const tagRowSet& rows, bool first) {
+    std::string text;
+    for (const auto& row : rows.Rows) {
+        text += first ? "\n  " : ",\n  ";
+        text += ObjectText(rows, row);
+        first = false;
     }
-    return text += rows.Rows.empty() ? "]\n" : "\n]\n";
+    return text;
 }
 
 std::string WriteJsonLines(const tagRowSet& rows) {

@@ -26,7 +26,7 @@ std::vector<std::size_t> ColumnWidths(const tagRowSet& rows) {
 
 // The last column gets no blanks behind it.
 void AppendCell(std::string& line, const std::string& text, std::size_t width, bool right, bool last) {
-    const std::string blanks(width - WidthOf(text), ' ');
+    const std::string blanks(width - std::min(width, WidthOf(text)), ' ');
     line += right ? blanks + text : last ? text : text + blanks;
     line += last ? "\n" : Gap;
 }
@@ -51,21 +51,34 @@ std::string Printable(std::string text) {
     return text;
 }
 
-std::string WriteTextTable(const tagRowSet& rows, bool bold) {
-    const std::vector<std::size_t> widths = ColumnWidths(rows);
-    const std::vector<bool> numbers = NumberColumns(rows);
-    const std::size_t count = rows.Columns.size();
+CTextTable::CTextTable(const tagRowSet& rows)
+    : m_Columns(rows.Columns), m_Widths(ColumnWidths(rows)), m_AreNumbers(NumberColumns(rows)) {}
+
+std::string CTextTable::Head(bool bold) const {
+    const std::size_t count = m_Columns.size();
     std::string text = bold ? "\x1b[1m" : "";
     for (std::size_t column = 0; column < count; ++column)
-        AppendCell(text, rows.Columns[column], widths[column], numbers[column], column + 1 == count);
+        AppendCell(text, m_Columns[column], m_Widths[column], m_AreNumbers[column], column + 1 == count);
     if (bold)
         text.insert(text.size() - 1, "\x1b[0m");
     for (std::size_t column = 0; column < count; ++column)
-        AppendCell(text, std::string(widths[column], '-'), widths[column], false, column + 1 == count);
+        AppendCell(text, std::string(m_Widths[column], '-'), m_Widths[column], false, column + 1 == count);
+    return text;
+}
+
+std::string CTextTable::Lines(const tagRowSet& rows) const {
+    const std::size_t count = m_Columns.size();
+    std::string text;
     for (const auto& row : rows.Rows)
         for (std::size_t column = 0; column < count; ++column)
-            AppendCell(text, Printable(TextOf(row[column])), widths[column], numbers[column], column + 1 == count);
+            AppendCell(text, Printable(TextOf(row[column])), m_Widths[column], m_AreNumbers[column],
+                       column + 1 == count);
     return text;
+}
+
+std::string WriteTextTable(const tagRowSet& rows, bool bold) {
+    const CTextTable table(rows);
+    return table.Head(bold) + table.Lines(rows);
 }
 
 } // namespace sqCli

@@ -131,6 +131,11 @@ void UpdateSession(CStore& store, LONG key, const tagSession& session) {
         throw CStoreRefusal("The session is not there any more: import again.");
 }
 
+void DeleteSession(CStore& store, LONG key) {
+    LONG deleted = 0;
+    store.Run([&](CStore::IqxStorage& storage) { return storage.DeleteSession(key, &deleted); });
+}
+
 SessionDetails SelectSessionDetails(CStore& store) {
     const tagRowSet rows = store.Select(&CStore::IqxStorage::SelectSessionDetails);
     const auto at = ColumnsOf(rows, DetailColumns);

@@ -54,6 +54,8 @@ using SessionDetails = std::map<LONG, std::vector<tagSessionDetail>>;
 LONG InsertSession(CStore& store, const tagSession& session);
 // Refused when the store would cut the name.
 void UpdateSession(CStore& store, LONG key, const tagSession& session);
+// With its details; one that is a template of something stays.
+void DeleteSession(CStore& store, LONG key);
 
 // By session, each in the order of the week.
 [[nodiscard]] SessionDetails SelectSessionDetails(CStore& store);

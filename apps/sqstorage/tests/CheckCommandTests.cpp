@@ -21,9 +21,9 @@ TEST_F(CheckCommand, AGoodStoreIsStatus0) {
           std::string("schema,ok,The schema has version 1; this program works with version 1.\n"),
           std::string("engine,ok,\"Engine and client are "), std::string("holidays,ok,The store holds 13 holiday"),
           std::string("holiday_dates,ok,The store holds 359 holiday date"),
-          std::string("settings,ok,The store holds 56 price setting"),
+          std::string("settings,ok,The store holds 60 price setting"),
           std::string("feeds,ok,The store holds 4 data feed(s)"),
-          std::string("sessions,ok,The store holds 23 trading session(s)"),
+          std::string("sessions,ok,The store holds 24 trading session(s)"),
           std::string("exchanges,ok,The store holds 17 exchange(s)"),
           "log,ok,The log is " + (Folder() / "state").string()})
         EXPECT_THAT(end.Output, HasSubstr(finding));

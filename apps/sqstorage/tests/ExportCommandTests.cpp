@@ -4,11 +4,12 @@ namespace sqCliTest {
 
 namespace {
 
-constexpr std::array ShippedFiles{"holidays.csv", "holiday_dates.csv",   "settings.csv", "feeds.csv",
-                                  "sessions.csv", "session_details.csv", "exchanges.csv"};
+constexpr std::array ShippedFiles{"holidays.csv", "holiday_dates.csv",   "settings.csv",  "feeds.csv",
+                                  "sessions.csv", "session_details.csv", "exchanges.csv", "symbols.csv"};
 // With those that no data are shipped for.
-constexpr std::array AllFiles{"holidays.csv", "holiday_dates.csv",   "settings.csv",  "feeds.csv",
-                              "sessions.csv", "session_details.csv", "exchanges.csv", "currencies.csv"};
+constexpr std::array AllFiles{"holidays.csv",  "holiday_dates.csv", "settings.csv",
+                              "feeds.csv",     "sessions.csv",      "session_details.csv",
+                              "exchanges.csv", "symbols.csv",       "currencies.csv"};
 
 class ExportCommand : public Sandbox {
 protected:
@@ -38,14 +39,14 @@ TEST_F(ExportCommand, WhatIsShippedComesOutByteForByte) {
     CreateFilled();
     const tagEnd end = Run({"--format", "csv", "export", (Folder() / "out").string()});
     EXPECT_EQ(end.Status, 0);
-    EXPECT_EQ(end.Output, "FILE,ROWS\n" + (Folder() / "out/holidays.csv").string() + ",13\n" +
-                              (Folder() / "out/holiday_dates.csv").string() + ",359\n" +
-                              (Folder() / "out/settings.csv").string() + ",39\n" +
-                              (Folder() / "out/feeds.csv").string() + ",4\n" +
-                              (Folder() / "out/sessions.csv").string() + ",23\n" +
-                              (Folder() / "out/session_details.csv").string() + ",125\n" +
-                              (Folder() / "out/exchanges.csv").string() + ",17\n" +
-                              (Folder() / "out/currencies.csv").string() + ",0\n");
+    EXPECT_EQ(end.Output,
+              "FILE,ROWS\n" + (Folder() / "out/holidays.csv").string() + ",13\n" +
+                  (Folder() / "out/holiday_dates.csv").string() + ",359\n" +
+                  (Folder() / "out/settings.csv").string() + ",39\n" + (Folder() / "out/feeds.csv").string() +
+                  ",4\n" + (Folder() / "out/sessions.csv").string() + ",23\n" +
+                  (Folder() / "out/session_details.csv").string() + ",125\n" +
+                  (Folder() / "out/exchanges.csv").string() + ",17\n" + (Folder() / "out/symbols.csv").string() +
+                  ",7\n" + (Folder() / "out/currencies.csv").string() + ",0\n");
     ExpectSameFiles(ShippedData, Folder() / "out", ShippedFiles);
     ExpectRoundTrip();
 }

@@ -18,7 +18,8 @@ TEST_F(ImportCommand, ADirectoryIsTakenWithItsKnownFilesInTheRightOrder) {
                               (ShippedData / "feeds.csv").string() + ",4,4,0,0,0,0\n" +
                               (ShippedData / "sessions.csv").string() + ",23,23,0,0,0,0\n" +
                               (ShippedData / "session_details.csv").string() + ",125,125,0,0,0,0\n" +
-                              (ShippedData / "exchanges.csv").string() + ",17,17,0,0,0,0\n");
+                              (ShippedData / "exchanges.csv").string() + ",17,17,0,0,0,0\n" +
+                              (ShippedData / "symbols.csv").string() + ",7,7,0,0,0,0\n");
     EXPECT_EQ(end.Errors, "note: " + (ShippedData / "README.md").string() +
                               " is skipped: it is none of the files that can be imported.\n");
 }
@@ -38,7 +39,8 @@ TEST_F(ImportCommand, RepeatedItChangesNothing) {
                               (ShippedData / "feeds.csv").string() + ",4,0,0,4,0,0\n" +
                               (ShippedData / "sessions.csv").string() + ",23,0,0,23,0,0\n" +
                               (ShippedData / "session_details.csv").string() + ",125,0,0,125,0,0\n" +
-                              (ShippedData / "exchanges.csv").string() + ",17,0,0,17,0,0\n");
+                              (ShippedData / "exchanges.csv").string() + ",17,0,0,17,0,0\n" +
+                              (ShippedData / "symbols.csv").string() + ",7,0,0,7,0,0\n");
     for (const char* name : names)
         EXPECT_EQ(List(name), before[name]) << name;
 }
@@ -216,7 +218,7 @@ TEST_F(ImportCommand, PathsThatCannotBeImported) {
     EXPECT_EQ(end.Errors,
               "error: " + (Folder() / "notes.csv").string() +
                   " has none of the names that tell what a file holds: call it one of holidays, "
-                  "holiday_dates, settings, feeds, sessions, session_details, exchanges, currencies with "
+                  "holiday_dates, settings, feeds, sessions, session_details, exchanges, symbols, currencies with "
                   "\".csv\" behind it.\n");
     platform::CreateDirectories(Folder() / "empty");
     EXPECT_EQ(Run({"import", (Folder() / "empty").string()}).Status, 1);

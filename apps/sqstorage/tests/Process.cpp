@@ -201,6 +201,24 @@ bool CRunningProgram::AwaitError(std::string_view text) {
     return true;
 }
 
+bool CRunningProgram::AwaitOutput(std::size_t bytes) {
+    while (m_Said.size() < bytes)
+        if (!ReadSome(m_Output, m_Said))
+            return false;
+    return true;
+}
+
+// Its usage of resources would not tell: that has the memory of the process it was forked from, too.
+std::size_t CRunningProgram::PeakMemory() const {
+    constexpr std::string_view name = "VmHWM:";
+    constexpr std::size_t kilobyte = 1024;
+    const std::string status = platform::ReadFile("/proc/" + std::to_string(m_Process) + "/status");
+    const std::size_t place = status.find(name);
+    if (place == std::string::npos)
+        throw std::runtime_error("the program has ended");
+    return std::stoul(status.substr(place + name.size())) * kilobyte;
+}
+
 void CRunningProgram::Signal(int signal) const { RaiseUnless(kill(m_Process, signal) == 0, "kill"); }
 
 // By its own clock, which a busy machine does not move on: whatever sleeps stands still, whatever spins gets its
@@ -218,12 +236,11 @@ bool CRunningProgram::AwaitRest() const {
 }
 
 tagEnd CRunningProgram::Wait() {
-    std::string output;
-    while (ReadSome(m_Output, output)) {
+    while (ReadSome(m_Output, m_Said)) {
     }
     while (ReadSome(m_ErrorStream, m_Errors)) {
     }
-    return {sqCliTest::Wait(std::exchange(m_Process, 0)), std::move(output), m_Errors};
+    return {sqCliTest::Wait(std::exchange(m_Process, 0)), m_Said, m_Errors};
 }
 
 } // namespace sqCliTest

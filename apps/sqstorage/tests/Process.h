@@ -1,6 +1,7 @@
 // Runs a program and keeps what it said. A program ends with the thread that started it at the latest.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -41,6 +42,11 @@ public:
 
     // Returns once the text stands in what it said on the standard error stream. False when it ended before.
     bool AwaitError(std::string_view text);
+    // Reads that much of its standard output, and leaves the rest in the pipe, which holds 64 KB: one that has more
+    // to say than that waits. False when it ended before.
+    bool AwaitOutput(std::size_t bytes);
+    // The most that it has had in memory so far, in bytes. It has not ended.
+    [[nodiscard]] std::size_t PeakMemory() const;
     void Signal(int signal) const;
     // Returns once it uses no processor. False when it has used a second of it before that.
     [[nodiscard]] bool AwaitRest() const;
@@ -49,6 +55,7 @@ public:
 private:
     int m_Output;
     int m_ErrorStream;
+    std::string m_Said;
     std::string m_Errors;
     int m_Process; // 0 once it has been waited for
 };

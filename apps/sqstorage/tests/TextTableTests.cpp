@@ -35,4 +35,18 @@ TEST(TextTable, OnlyTheHeaderIsBold) {
     EXPECT_EQ(WriteTextTable({{"A"}, {{std::string("x")}}}, true), "\x1b[1mA\x1b[0m\n-\nx\n");
 }
 
+TEST(TextTable, TheFirstRowsTellTheWidthsAndALongerValueIsWrittenWhole) {
+    const sqCli::tagRowSet first{{"NAME", "VALUE", "TEXT"},
+                                 {{std::string("ab"), std::int64_t{1}, std::string("x")}}};
+    const sqCli::tagRowSet later{{"NAME", "VALUE", "TEXT"},
+                                 {{std::string("abcdef"), std::int64_t{1234567}, std::string("yy")},
+                                  {std::string("a"), std::int64_t{2}, std::string("z")}}};
+    const sqCli::CTextTable table(first);
+    EXPECT_EQ(table.Head(false) + table.Lines(first) + table.Lines(later), "NAME  VALUE  TEXT\n"
+                                                                           "----  -----  ----\n"
+                                                                           "ab        1  x\n"
+                                                                           "abcdef  1234567  yy\n"
+                                                                           "a         2  z\n");
+}
+
 } // namespace

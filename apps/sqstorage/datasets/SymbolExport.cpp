@@ -1,0 +1,112 @@
+#include "SymbolExport.h"
+
+#include "Batches.h"
+#include "SymbolReferences.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <iterator>
+#include <numeric>
+
+namespace sqCli {
+
+namespace {
+
+using Reasons = std::vector<std::string>;
+
+std::optional<tagSymbolRow> Reparsed(const std::vector<Cell>& cells, Reasons& reasons) {
+    std::array<std::string, SymbolColumnCount> texts;
+    std::ranges::transform(cells, texts.begin(), TextOf);
+    SymbolValues values;
+    std::ranges::copy(texts, values.begin());
+    return ParseSymbol(values, reasons);
+}
+
+class CSymbolExport {
+public:
+    CSymbolExport(CStore& store, const CConsole& console, const TakeRows& take)
+        : m_Store(store), m_Console(console), m_References(store), m_Batches(ColumnNames(), take) {}
+
+    void Run() {
+        const auto& exchanges = m_References.Exchanges();
+        for (auto exchange = exchanges.begin(); exchange != exchanges.end(); ++exchange) {
+            if (exchange != exchanges.begin() && exchange->Exchange.Name == std::prev(exchange)->Exchange.Name)
+                RefuseAll(*exchange);
+            else
+                Export(*exchange);
+        }
+        m_Batches.Finish();
+    }
+
+private:
+    static std::vector<std::string> ColumnNames() {
+        std::vector<std::string> names;
+        for (const tagColumnRule& rule : SymbolColumns)
+            names.emplace_back(rule.Name);
+        return names;
+    }
+
+    void RefuseAll(const tagKeyedExchange& exchange) const {
+        if (const ULONG count = CSymbolTable(m_Store, exchange.Key).Count(); count > 0)
+            m_Console.Warn(fmt::format("{} symbol(s) of the exchange with the key {} are left out, because another "
+                                       "exchange is called \"{}\", too: rename one of them.",
+                                       count, exchange.Key, exchange.Exchange.Name));
+    }
+
+    void Export(const tagKeyedExchange& exchange) {
+        const CSymbolTable symbols(m_Store, exchange.Key);
+        std::optional<tagSymbolRow> last;
+        for (const ULONG row : Sorted(symbols)) {
+            const tagSymbol symbol = symbols.At(row);
+            Reasons reasons;
+            auto line = Importable(symbol, exchange.Exchange.Name, reasons);
+            const bool repeats = line && last && IdOf(*line) == IdOf(*last);
+            if (repeats && !(*line == *last))
+                reasons.push_back("another symbol has its name, category, feed and exchange: rename one of them");
+            if (!reasons.empty())
+                m_Console.Warn(fmt::format("The symbol \"{}\" with the key {} is left out, because {}.",
+                                           symbol.Name, symbols.Key(row), reasons.front()));
+            else if (!repeats)
+                m_Batches.Add(CellsOf(*line));
+            if (line && !repeats)
+                last = std::move(line);
+        }
+    }
+
+    // By name, category and feed; equal ones by key.
+    std::vector<ULONG> Sorted(const CSymbolTable& symbols) const {
+        std::vector<ULONG> rows(symbols.Count());
+        std::iota(rows.begin(), rows.end(), 0U);
+        std::ranges::sort(rows, [&](ULONG left, ULONG right) {
+            const auto key = [&](ULONG row) {
+                return std::tuple(symbols.Name(row), symbols.Category(row),
+                                  std::string_view(m_References.FeedName(symbols.Feed(row))), symbols.Key(row));
+            };
+            return key(left) < key(right);
+        });
+        return rows;
+    }
+
+    // As an import would read it.
+    std::optional<tagSymbolRow> Importable(const tagSymbol& symbol, const std::string& exchange,
+                                           Reasons& reasons) const {
+        if (auto gap = m_References.Gap(symbol)) {
+            reasons.push_back(std::move(*gap));
+            return std::nullopt;
+        }
+        return Reparsed(CellsOf(m_References.RowOf(symbol, exchange)), reasons);
+    }
+
+    CStore& m_Store;
+    const CConsole& m_Console;
+    CSymbolReferences m_References;
+    CBatches m_Batches;
+};
+
+} // namespace
+
+void ExportSymbols(CStore& store, const CConsole& console, const TakeRows& take) {
+    CSymbolExport(store, console, take).Run();
+}
+
+} // namespace sqCli

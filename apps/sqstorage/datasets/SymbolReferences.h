@@ -1,0 +1,55 @@
+// What symbols refer to, by key and by the names that files call it. Read once, for any number of symbols.
+//
+// Errors: CStoreRefusal.
+#pragma once
+
+#include "NameKeys.h"
+#include "SymbolRules.h"
+#include "apps/sqstorage/store/Exchanges.h"
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace sqCli {
+
+class CSymbolReferences {
+public:
+    explicit CSymbolReferences(CStore& store);
+
+    // By name, then by key.
+    [[nodiscard]] const std::vector<tagKeyedExchange>& Exchanges() const noexcept { return m_Exchanges; }
+    // Empty for a feed that is gone.
+    [[nodiscard]] const std::string& FeedName(LONG key) const;
+
+    // The symbol as a file has it. What is gone is empty there.
+    [[nodiscard]] tagSymbolRow RowOf(const tagSymbol& symbol, const std::string& exchangeName) const;
+    // What a symbol refers to and the store does not hold, or holds under a name of others.
+    [[nodiscard]] std::optional<std::string> Gap(const tagSymbol& symbol) const;
+
+    // Why the names of a row stand for nothing.
+    void Test(const tagImportRun& run, const tagSymbolRow& row, std::vector<std::string>& reasons) const;
+    // The row as a symbol with the keys of what it names, but without those of what it owns.
+    [[nodiscard]] tagSymbol SymbolOf(const tagSymbolRow& row) const;
+    // A template has the name, perhaps in other letter case: no other session can have it.
+    [[nodiscard]] bool IsTemplateName(const std::string& name) const;
+
+private:
+    void ReadSessions(CStore& store);
+    [[nodiscard]] tagOwnSession OwnSession(LONG key) const;
+
+    std::vector<tagKeyedExchange> m_Exchanges;
+    CNameKeys m_FeedKeys{"feed", "feeds"};
+    CNameKeys m_ExchangeKeys{"exchange", "exchanges"};
+    CNameKeys m_SessionKeys{"session", "sessions"};
+    std::map<LONG, std::string> m_FeedNames;
+    std::map<LONG, std::string> m_SessionNames; // in files
+    std::map<LONG, PriceTexts> m_Prices;
+    std::map<LONG, tagSession> m_Sessions;
+    SessionDetails m_Details;
+    std::set<std::string> m_TemplateNames;
+};
+
+} // namespace sqCli

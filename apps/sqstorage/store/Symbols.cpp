@@ -1,0 +1,178 @@
+#include "Symbols.h"
+
+#include "Exchanges.h"
+#include "SymbolFilter.h"
+#include "platform/com/bstr.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <set>
+
+namespace sqCli {
+
+namespace {
+
+using platform::CBstr;
+
+// 1 January 1900: what the store makes of an earlier day.
+constexpr LONG NoDate = 2;
+
+// An insert cuts a description that is longer, quotes counted twice; the column holds one character more.
+constexpr std::size_t LongestInsertedDescription = 62;
+
+bool IsCutByInsert(const std::string& description) {
+    const std::wstring text = platform::FromUtf8(description);
+    return text.size() + static_cast<std::size_t>(std::ranges::count(text, L'\'')) > LongestInsertedDescription;
+}
+
+// `call` takes what a symbol's insert and its update have in common.
+template <class Call>
+HRESULT WithValues(const tagSymbol& symbol, Call&& call) {
+    const CBstr name(platform::FromUtf8(symbol.Name));
+    const CBstr root(platform::FromUtf8(symbol.Root));
+    const CBstr description(platform::FromUtf8(symbol.Description));
+    const CBstr cusip(platform::FromUtf8(symbol.Cusip));
+    return call(name.Get(), root.Get(), description.Get(), cusip.Get(), symbol.Category, symbol.Feed,
+                symbol.Exchange, symbol.SettingType, symbol.Setting, symbol.SessionType, symbol.CustomSession,
+                symbol.TemplateSession, symbol.ContractMonth, symbol.ContractYear, double{symbol.StrikePrice},
+                symbol.CallPut, symbol.Margin, symbol.ExpirationDate, symbol.Expired, symbol.ExpirationRule,
+                symbol.FirstNoticeDate, symbol.Delivery);
+}
+
+LONG InsertRow(CStore& store, const tagSymbol& symbol) {
+    LONG key = 0;
+    const HRESULT status = store.Run([&](CStore::IqxStorage& storage) {
+        return WithValues(symbol, [&](auto... values) { return storage.InsertPortfolio(values..., &key); });
+    });
+    if (status != S_OK)
+        throw CStoreRefusal("It has a symbol of that name, category, feed and exchange already: import again.");
+    if (key < 1)
+        throw CStoreRefusal("The store gave out no key for the symbol: look into its log.");
+    return key;
+}
+
+// The row and nothing else, since what it owns is its maker's to remove.
+void ForgetRow(CStore& store, LONG key, tagSymbol symbol) {
+    try {
+        symbol.Description.clear();
+        symbol.SettingType = SettingIsExchanges;
+        symbol.SessionType = SessionIsExchanges;
+        UpdateSymbol(store, key, symbol);
+        store.Run([&](CStore::IqxStorage& storage) { return storage.DeletePortfolio(key); });
+    } catch (const CStoreRefusal&) {
+        // The refusal that led here is what counts.
+    }
+}
+
+} // namespace
+
+const std::array<std::string_view, CSymbolTable::ColumnCount> CSymbolTable::ColumnNames{
+    "SYMBOL",         "SYMBOL_NAME",     "SYMBOL_ROOT",       "DESCRIPTION",  "CUSIP",          "CATEGORY",
+    "DATA_FEED",      "SETTING_TYPE",    "SETTING",           "SESSION_TYPE", "CUSTOM_SESSION", "TEMPLATE_SESSION",
+    "CONTRACT_MONTH", "CONTRACT_YEAR",   "STRIKE_PRICE",      "CALL_PUT",     "MARGIN",         "EXPIRATION_DATE",
+    "EXPIRED",        "EXPIRATION_RULE", "FIRST_NOTICE_DATE", "DELIVERY"};
+
+Cell DateCell(std::int64_t day) {
+    return day <= NoDate ? Cell(tagNull{}) : Cell(tagDay{static_cast<std::int32_t>(day)});
+}
+
+CSymbolTable::CSymbolTable(CStore& store, LONG exchange) : m_Exchange(exchange) {
+    const auto request = MakeRequest({.Exchange = exchange});
+    const auto table = NewTable();
+    // Without a feed the store selects what the request's other values ask for, and that may be many rows.
+    store.Run([&](CStore::IqxStorage& storage) { return storage.SelectPortfolio(0, request.Get(), table.Get()); });
+    m_Rows = table.As<IDM_dmudfcom::ITableRows>();
+    for (std::size_t column = 0; column < m_Columns.size(); ++column)
+        m_Columns[column] = static_cast<ULONG>(m_Rows->FindColumn(ColumnNames[column]));
+}
+
+std::string_view CSymbolTable::Name(ULONG row) const {
+    std::string unused; // a text column's own texts need no room
+    return m_Rows->Text(row, m_Columns[ColumnName], unused);
+}
+
+LONG CSymbolTable::Number(ULONG row, EColumn column) const {
+    return static_cast<LONG>(m_Rows->Integer(row, m_Columns[column]));
+}
+
+std::string CSymbolTable::Text(ULONG row, EColumn column) const {
+    std::string scratch;
+    return std::string(m_Rows->Text(row, m_Columns[column], scratch));
+}
+
+LONG CSymbolTable::Date(ULONG row, EColumn column) const {
+    const LONG day = Number(row, column);
+    return day <= NoDate ? 0 : day;
+}
+
+tagSymbol CSymbolTable::At(ULONG row) const {
+    return {.Name = Text(row, ColumnName),
+            .Root = Text(row, ColumnRoot),
+            .Description = Text(row, ColumnDescription),
+            .Cusip = Text(row, ColumnCusip),
+            .Category = Category(row),
+            .Feed = Feed(row),
+            .Exchange = m_Exchange,
+            .SettingType = SettingType(row),
+            .Setting = Setting(row),
+            .SessionType = SessionType(row),
+            .CustomSession = CustomSession(row),
+            .TemplateSession = TemplateSession(row),
+            .ContractMonth = Number(row, ColumnContractMonth),
+            .ContractYear = Number(row, ColumnContractYear),
+            .StrikePrice = static_cast<float>(m_Rows->Real(row, m_Columns[ColumnStrikePrice])),
+            .CallPut = Number(row, ColumnCallPut),
+            .Margin = Number(row, ColumnMargin),
+            .ExpirationDate = Date(row, ColumnExpirationDate),
+            .Expired = Number(row, ColumnExpired),
+            .ExpirationRule = Number(row, ColumnExpirationRule),
+            .FirstNoticeDate = Date(row, ColumnFirstNoticeDate),
+            .Delivery = Date(row, ColumnDelivery)};
+}
+
+LONG InsertSymbol(CStore& store, const tagSymbol& symbol) {
+    if (!IsCutByInsert(symbol.Description))
+        return InsertRow(store, symbol);
+    tagSymbol bare = symbol;
+    bare.Description.clear();
+    const LONG key = InsertRow(store, bare);
+    try {
+        UpdateSymbol(store, key, symbol);
+    } catch (const CStoreRefusal&) {
+        ForgetRow(store, key, symbol);
+        throw;
+    }
+    return key;
+}
+
+void UpdateSymbol(CStore& store, LONG key, const tagSymbol& symbol) {
+    store.Run([&](CStore::IqxStorage& storage) {
+        return WithValues(symbol, [&](auto... values) { return storage.UpdatePortfolio(key, values...); });
+    });
+}
+
+tagOwnedRows OwnedBySymbols(CStore& store) {
+    tagOwnedRows owned;
+    std::set<LONG> templates;
+    const auto exchanges = SelectExchanges(store);
+    for (const tagKeyedExchange& exchange : exchanges) {
+        const CSymbolTable symbols(store, exchange.Key);
+        for (ULONG row = 0; row < symbols.Count(); ++row) {
+            if (symbols.SettingType(row) == SettingIsOwn)
+                ++owned.Settings[symbols.Setting(row)];
+            if (symbols.SessionType(row) == SessionIsOwn)
+                ++owned.Sessions[symbols.CustomSession(row)];
+            else if (symbols.SessionType(row) == SessionIsTemplate)
+                templates.insert(symbols.TemplateSession(row));
+        }
+    }
+    for (const tagKeyedExchange& exchange : exchanges) {
+        owned.Settings.erase(exchange.Exchange.Setting);
+        owned.Sessions.erase(exchange.Exchange.Session);
+    }
+    for (const LONG key : templates)
+        owned.Sessions.erase(key);
+    return owned;
+}
+
+} // namespace sqCli

@@ -1,0 +1,163 @@
+#include "SymbolFixture.h"
+
+namespace sqCliTest {
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class SymbolExport : public SymbolSandbox {
+protected:
+    // What an import of the export into an empty store gives.
+    std::string ExportedAgain(const std::string& file) {
+        const std::string registry = (Folder() / "registry2").string();
+        EXPECT_EQ(RunBare({"--registry", registry, "create", "--database", (Folder() / "2.fdb").string()}).Status,
+                  0);
+        const tagEnd import = RunBare({"--registry", registry, "import", (Folder() / "exported").string()});
+        EXPECT_EQ(import.Status, 0) << import.Errors;
+        EXPECT_EQ(RunBare({"--registry", registry, "export", (Folder() / "again").string()}).Status, 0);
+        return Read(Folder() / "again" / file);
+    }
+};
+
+TEST_F(SymbolExport, EveryKindOfSymbolMakesTheRoundTripByteForByte) {
+    const std::string rows =
+        "b,ROOT,\"it's, \"\"so\"\"\",123456789012,32767,F,E,1,,,,,1,,,,12,2026,-0.25,-1,-7,2026-12-18,1,32767,"
+        "1900-01-02,2078-12-31\n"
+        "it's,,,,0,F,E,0,7,0.1,2147483647,0.000001,1,,,,0,0,0,0,0,,0,0,,\n"
+        "own,,,,0,F,E,0,9,0.3,1,1,0,my own,1,Sun 17:00-Mon 16:00; Sat 23:00:01-7 05:00 (1 2 3),0,0,0,0,0,,0,0,,\n"
+        "own,,,,0,G,E,2,,,,,0,,0,Mon 00:00-24:00,0,0,0,0,0,,0,0,,\n"
+        "own,,,,1,F,E,1,,,,,0,my own,2,Mon 00:00-24:00,0,0,0,0,0,,0,0,,\n"
+        "über,,,,0,F,E,1,,,,,2,T,,,0,0,0,0,0,,0,0,,\n"
+        "a,,,,0,F,X,1,,,,,3,,,,0,0,0,0,0,,0,0,,\n";
+    ASSERT_EQ(Import("symbols.csv", AllColumns + rows).Status, 0);
+    EXPECT_EQ(Exported(), AllColumns + rows);
+    EXPECT_EQ(ExportedAgain("symbols.csv"), AllColumns + rows);
+    // What a symbol owns stands with it, and nowhere else.
+    for (const char* file : {"settings.csv", "sessions.csv", "session_details.csv", "exchanges.csv"})
+        EXPECT_EQ(Read(Folder() / "again" / file), Read(Folder() / "exported" / file)) << file;
+    EXPECT_EQ(Read(Folder() / "exported/settings.csv"), "PRICE_SCALE,POINT_VALUE,DAILY_LIMIT,MIN_MOVEMENT\n");
+    EXPECT_EQ(Read(Folder() / "exported/sessions.csv"),
+              "SESSION_NAME,SESSION_TYPE,TIME_ZONE\nSE,1,2\nSX,1,1\nT,2,2\n");
+    EXPECT_THAT(Read(Folder() / "exported/session_details.csv"), Not(HasSubstr("my own")));
+}
+
+TEST_F(SymbolExport, TheStoreKnowsItsOwnExport) {
+    ASSERT_EQ(ImportSymbols(OwnColumns, "A,0,F,E,0,10,0.5,7,0.1,0,Tue 08:00-09:30\nit's,1,G,X,1,,,,,1,\n").Status,
+              0);
+    static_cast<void>(Exported());
+    const tagEnd end = Run({"--format", "csv", "import", (Folder() / "exported").string(), "--update"});
+    EXPECT_EQ(end.Status, 0) << end.Errors;
+    EXPECT_THAT(end.Output, HasSubstr("exported/symbols.csv,2,0,0,2,0,0\n"));
+    EXPECT_EQ(OwnableRows(), "3 4 4");
+}
+
+TEST_F(SymbolExport, ARootInSmallLettersIsWrittenAsTheStoreWouldAddIt) {
+    ASSERT_EQ(ImportSymbols("SYMBOL_ROOT", "A,0,F,E,r\n").Status, 0);
+    CHeldDatabase(Database()).Run(L"UPDATE PORTFOLIO SET SYMBOL_ROOT='r'");
+    const std::string first = Exported();
+    EXPECT_THAT(first, HasSubstr("\nA,R,"));
+    EXPECT_EQ(ExportedAgain("symbols.csv"), first);
+}
+
+TEST_F(SymbolExport, AnExchangesSessionStaysItsOwnWhenASymbolCallsItSo) {
+    ASSERT_EQ(ImportSymbols("", "A,0,F,E\n").Status, 0);
+    CHeldDatabase(Database())
+        .Run(L"UPDATE PORTFOLIO SET SESSION_TYPE=0,CUSTOM_SESSION=(SELECT SESSION FROM EXCHANGES WHERE "
+             L"EXCHANGE_NAME='E')");
+    EXPECT_THAT(Exported(), HasSubstr("\nA,,,,0,F,E,1,,,,,0,SE,2,Mon 09:00-17:00,"));
+    EXPECT_THAT(Read(Folder() / "exported/sessions.csv"), HasSubstr("\nSE,1,2\n"));
+}
+
+TEST_F(SymbolExport, WhatCouldNotBeImportedAgainIsLeftOutWithAWarning) {
+    ASSERT_EQ(ImportSymbols(OwnColumns, "category,0,F,E,1,,,,,1,\n"
+                                        "other,0,F,E,1,,,,,1,\n"
+                                        "session,0,F,E,1,,,,,0,Tue 08:00-09:30\n"
+                                        "setting,0,F,E,0,10,0.5,7,0.1,1,\n"
+                                        "template,0,F,E,1,,,,,1,\n"
+                                        "times,0,F,E,1,,,,,0,Tue 08:00-09:30\n"
+                                        "twice,0,F,E,1,,,,,1,\n"
+                                        "z,0,G,E,1,,,,,1,\n")
+                  .Status,
+              0);
+    const auto key = [&](const std::wstring& name) {
+        return std::to_string(Number(L"SELECT SYMBOL FROM PORTFOLIO WHERE SYMBOL_NAME='" + name + L"'"));
+    };
+    const std::string other = key(L"other");
+    {
+        CHeldDatabase database(Database());
+        database.Run(L"UPDATE PORTFOLIO SET CATEGORY=254 WHERE SYMBOL_NAME='category'");
+        database.Run(L"DELETE FROM SESSION_DETAILS WHERE SESSION=(SELECT CUSTOM_SESSION FROM PORTFOLIO WHERE "
+                     L"SYMBOL_NAME='session')");
+        database.Run(L"DELETE FROM SESSIONS WHERE SESSION=(SELECT CUSTOM_SESSION FROM PORTFOLIO WHERE "
+                     L"SYMBOL_NAME='session')");
+        database.Run(L"UPDATE PORTFOLIO SET CUSTOM_SESSION=9991 WHERE SYMBOL_NAME='session'");
+        database.Run(L"UPDATE PORTFOLIO SET SETTING=9992 WHERE SYMBOL_NAME='setting'");
+        database.Run(L"UPDATE PORTFOLIO SET SESSION_TYPE=2,TEMPLATE_SESSION=9993 WHERE SYMBOL_NAME='template'");
+        database.Run(L"DELETE FROM SESSION_DETAILS WHERE SESSION=(SELECT CUSTOM_SESSION FROM PORTFOLIO WHERE "
+                     L"SYMBOL_NAME='times')");
+        database.Run(L"UPDATE PORTFOLIO SET SYMBOL_NAME='twice',MARGIN=1 WHERE SYMBOL_NAME='other'");
+        database.Run(L"UPDATE DATA_FEEDS SET DELETED=1 WHERE DATA_FEED_NAME='G'");
+    }
+    const LONG feed = Number(L"SELECT DATA_FEED FROM DATA_FEEDS WHERE DATA_FEED_NAME='G'");
+    const LONG twice = Number(L"SELECT SYMBOL FROM PORTFOLIO WHERE SYMBOL_NAME='twice' AND MARGIN=0");
+    const tagEnd end = Run({"export", (Folder() / "out").string()});
+    EXPECT_EQ(end.Status, 0);
+    EXPECT_EQ(
+        end.Errors,
+        "warning: The symbol \"category\" with the key " + key(L"category") +
+            " is left out, because CATEGORY is 254, by which hosts say that there is none: give another "
+            "number.\n"
+            "warning: The symbol \"session\" with the key " +
+            key(L"session") +
+            " is left out, because its own session, with the key 9991, is gone.\n"
+            "warning: The symbol \"setting\" with the key " +
+            key(L"setting") +
+            " is left out, because its own price setting, with the key 9992, is gone.\n"
+            "warning: The symbol \"template\" with the key " +
+            key(L"template") +
+            " is left out, because its template session, with the key 9993, is gone.\n"
+            "warning: The symbol \"times\" with the key " +
+            key(L"times") +
+            " is left out, because SESSION_TIMES is empty, and SESSION_TYPE 0 wants the symbol's own times: give "
+            "them like \"Mon 09:30-16:00; Tue 17:00-Wed 16:00\".\n"
+            "warning: The symbol \"twice\" with the key " +
+            std::to_string(twice) +
+            " is left out, because another symbol has its name, category, feed and exchange: rename one of "
+            "them.\n"
+            "warning: The symbol \"z\" with the key " +
+            key(L"z") + " is left out, because its feed, with the key " + std::to_string(feed) + ", is gone.\n");
+    EXPECT_EQ(Read(Folder() / "out/symbols.csv"),
+              AllColumns + std::string("twice,,,,0,F,E,1,,,,,1,,,,0,0,0,0,1,,0,0,,\n"));
+}
+
+TEST_F(SymbolExport, TheSymbolsOfAnExchangeWhoseNameAnotherHasAreLeftOutTogether) {
+    ASSERT_EQ(ImportSymbols("", "A,0,F,E\nB,0,F,X\nC,0,F,X\n").Status, 0);
+    CHeldDatabase(Database()).Run(L"UPDATE EXCHANGES SET EXCHANGE_NAME='E'");
+    const tagEnd end = Run({"export", (Folder() / "out").string()});
+    EXPECT_THAT(end.Errors, HasSubstr("warning: 2 symbol(s) of the exchange with the key " +
+                                      std::to_string(Number(L"SELECT MAX(EXCHANGE) FROM EXCHANGES")) +
+                                      " are left out, because another exchange is called \"E\", too: rename one of "
+                                      "them.\n"));
+    EXPECT_EQ(Read(Folder() / "out/symbols.csv"),
+              AllColumns + std::string("A,,,,0,F,E,1,,,,,1,,,,0,0,0,0,0,,0,0,,\n"));
+}
+
+TEST_F(SymbolExport, MoreSymbolsThanABatchAreSortedTogether) {
+    std::string rows;
+    for (int number = 0; number < 1100; ++number)
+        rows += "N" + std::to_string(10000 + number) + ",,,,0,F,E,1,,,,,1,,,,0,0,0,0,0,,0,0,,\n";
+    CHeldDatabase(Database())
+        .Run(L"EXECUTE BLOCK AS DECLARE VARIABLE I INTEGER = 1100; DECLARE VARIABLE F INTEGER; DECLARE VARIABLE E "
+             L"INTEGER; BEGIN SELECT DATA_FEED FROM DATA_FEEDS WHERE DATA_FEED_NAME='F' INTO :F; SELECT EXCHANGE "
+             L"FROM "
+             L"EXCHANGES WHERE EXCHANGE_NAME='E' INTO :E; WHILE (I > 0) DO BEGIN I = I - 1; INSERT INTO PORTFOLIO "
+             L"VALUES(20000-:I,'N'||(10000+:I),'','','',0,:F,:E,1,0,1,0,0,0,0,0,0,0,NULL,0,0,'1.1.1900',NULL); END "
+             L"END");
+    EXPECT_EQ(Exported(), AllColumns + rows);
+}
+
+} // namespace
+
+} // namespace sqCliTest
