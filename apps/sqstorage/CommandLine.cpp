@@ -28,6 +28,7 @@ Examples:
   sqstorage list holiday_dates --calendar NYSE --from 2027-01-01
   sqstorage --format json list settings
   sqstorage week CME --zone local     when it trades, on this machine's clock
+  sqstorage symbol ESZ26 --feed Simulation
   sqstorage export backup             the same data as files
   sqstorage --registry ./demo/registry check
 
@@ -83,6 +84,7 @@ void AddCommands(CLI::App& program, Action& chosen) {
     AddImportCommand(program, chosen);
     AddExportCommand(program, chosen);
     AddListCommand(program, chosen);
+    AddSymbolCommand(program, chosen);
     AddWeekCommand(program, chosen);
     AddWatchCommand(program, chosen);
     AddCheckCommand(program, chosen);

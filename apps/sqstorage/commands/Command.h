@@ -20,6 +20,7 @@ void AddCreateCommand(CLI::App& program, Action& chosen);
 void AddImportCommand(CLI::App& program, Action& chosen);
 void AddExportCommand(CLI::App& program, Action& chosen);
 void AddListCommand(CLI::App& program, Action& chosen);
+void AddSymbolCommand(CLI::App& program, Action& chosen);
 void AddWeekCommand(CLI::App& program, Action& chosen);
 void AddCheckCommand(CLI::App& program, Action& chosen);
 void AddUpgradeCommand(CLI::App& program, Action& chosen);

@@ -1,0 +1,26 @@
+// Symbols of a feed by their name, to the letter; and the names that were perhaps meant.
+//
+// Errors: CStoreRefusal.
+#pragma once
+
+#include "apps/sqstorage/store/Store.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace sqCli {
+
+// The keys of all that have the name, ascending. They differ in category or exchange.
+[[nodiscard]] std::vector<LONG> FindSymbols(CStore& store, LONG feed, const std::string& name);
+
+// Names that differ from it in letter case alone, sorted.
+[[nodiscard]] std::vector<std::string> NamesInOtherCase(CStore& store, LONG feed, const std::string& name);
+// Names that begin with the most of the same characters, the first `most` of them sorted.
+[[nodiscard]] std::vector<std::string> SimilarNames(CStore& store, LONG feed, const std::string& name,
+                                                    std::size_t most);
+
+// Whether the feed has a symbol of that name.
+[[nodiscard]] bool HasSymbol(CStore& store, LONG feed, const std::string& name);
+
+} // namespace sqCli

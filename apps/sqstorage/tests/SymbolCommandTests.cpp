@@ -1,0 +1,151 @@
+#include "SymbolFixture.h"
+
+namespace sqCliTest {
+
+namespace {
+
+using testing::HasSubstr;
+
+class SymbolCommand : public SymbolSandbox {
+protected:
+    SymbolCommand() { m_Variables["TZ"] = "UTC"; }
+
+    tagEnd Symbol(const std::string& name, const std::string& feed = "F") {
+        return Run({"--format", "json", "symbol", name, "--feed", feed});
+    }
+    std::string Key(const std::wstring& name) {
+        return std::to_string(Number(L"SELECT SYMBOL FROM PORTFOLIO WHERE SYMBOL_NAME='" + name + L"'"));
+    }
+};
+
+TEST_F(SymbolCommand, ASymbolIsShownWithTheNamesOfWhatItRefersTo) {
+    ASSERT_EQ(ImportSymbols("SYMBOL_ROOT,DESCRIPTION,CONTRACT_MONTH,CONTRACT_YEAR,EXPIRATION_DATE",
+                            "ES1,3,F,E,ES,it's one,12,2026,2026-12-18\n")
+                  .Status,
+              0);
+    const std::string key = Key(L"ES1");
+    EXPECT_EQ(
+        Symbol("ES1").Output,
+        "[\n  {\"SYMBOL\": " + key +
+            ", \"SYMBOL_NAME\": \"ES1\", \"SYMBOL_ROOT\": \"ES\", \"DESCRIPTION\": \"it's one\", \"CUSIP\": "
+            "\"\", \"CATEGORY\": 3, \"DATA_FEED_NAME\": \"F\", \"EXCHANGE_NAME\": \"E\", \"SETTING_TYPE\": 1, "
+            "\"PRICE_SCALE\": 100, \"POINT_VALUE\": 50, \"DAILY_LIMIT\": 1000, \"MIN_MOVEMENT\": 0.25, "
+            "\"SESSION_TYPE\": 1, \"SESSION_NAME\": \"SE\", \"TIME_ZONE\": 2, \"SESSION_TIMES\": \"Mon "
+            "09:00-17:00\", \"SESSIONS_STRING\": \"1:1980,2460,0,0,0;\", \"SESSIONS_TIME_ZONE_INFORMATION\": "
+            "\"360,0,11,0,1,02:00:00.0000,-60,3,0,2,02:00:00.0000\", \"CONTRACT_MONTH\": 12, "
+            "\"CONTRACT_YEAR\": 2026, \"STRIKE_PRICE\": 0, \"CALL_PUT\": 0, \"MARGIN\": 0, "
+            "\"EXPIRATION_DATE\": \"2026-12-18\", \"EXPIRED\": 0, \"EXPIRATION_RULE\": 0, "
+            "\"FIRST_NOTICE_DATE\": null, \"DELIVERY\": null, \"EXCHANGE_TIME_ZONE_INFORMATION\": "
+            "\"360,0,11,0,1,02:00:00.0000,-60,3,0,2,02:00:00.0000\", \"EXCHANGE_GMT\": -360, \"LOCAL_GMT\": 0, "
+            "\"SETTING_FROM\": \"exchange\", \"SESSION_FROM\": \"exchange\"}\n]\n");
+    const tagEnd csv = Run({"--format", "csv", "symbol", "ES1", "--feed", "F"});
+    EXPECT_THAT(csv.Output, testing::StartsWith("SYMBOL,SYMBOL_NAME,SYMBOL_ROOT,"));
+    EXPECT_THAT(csv.Output, HasSubstr("\n" + key +
+                                      ",ES1,ES,it's one,,3,F,E,1,100,50,1000,0.25,1,SE,2,Mon "
+                                      "09:00-17:00,\"1:1980,2460,0,0,0;\","));
+}
+
+TEST_F(SymbolCommand, TheTableIsForPeople) {
+    ASSERT_EQ(
+        ImportSymbols(OwnColumns, "A,0,F,X,0,10,0.5,7,0.1,0,Mon 22:00-Tue 05:00; Tue 22:00-Wed 05:00\n").Status, 0);
+    const std::string key = Key(L"A");
+    const auto line = [](const std::string& field, const std::string& value, const std::string& from) {
+        return field + std::string(32 - field.size(), ' ') + value + std::string(50 - value.size(), ' ') + from +
+               "\n";
+    };
+    EXPECT_EQ(
+        Run({"symbol", "A", "--feed", "F"}).Output,
+        line("FIELD", "VALUE", "FROM") +
+            line("------------------------------", "------------------------------------------------", "--------") +
+            line("SYMBOL", key, "own") + line("SYMBOL_NAME", "A", "own") + line("SYMBOL_ROOT", "", "own") +
+            line("DESCRIPTION", "", "own") + line("CUSIP", "", "own") + line("CATEGORY", "0", "own") +
+            line("DATA_FEED_NAME", "F", "own") + line("EXCHANGE_NAME", "X", "own") +
+            line("SETTING_TYPE", "0, its own", "own") + line("PRICE_SCALE", "10", "own") +
+            line("POINT_VALUE", "0.5", "own") + line("DAILY_LIMIT", "7", "own") +
+            line("MIN_MOVEMENT", "0.1", "own") + line("SESSION_TYPE", "0, its own", "own") +
+            line("SESSION_NAME", "", "own") + line("TIME_ZONE", "2, the clock of the exchange", "own") +
+            line("SESSION_TIMES", "Mon 22:00-Tue 05:00", "own") + line("", "Tue 22:00-Wed 05:00", "own") +
+            line("SESSIONS_STRING", "2:2760,3180,0,0,0;4200,4620,0,0,0;", "own") +
+            line("SESSIONS_TIME_ZONE_INFORMATION", "-540,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000", "own") +
+            line("CONTRACT_MONTH", "0", "own") + line("CONTRACT_YEAR", "0", "own") +
+            line("STRIKE_PRICE", "0", "own") + line("CALL_PUT", "0", "own") + line("MARGIN", "0", "own") +
+            line("EXPIRATION_DATE", "", "own") + line("EXPIRED", "0", "own") + line("EXPIRATION_RULE", "0", "own") +
+            line("FIRST_NOTICE_DATE", "", "own") + line("DELIVERY", "", "own") +
+            line("EXCHANGE_TIME_ZONE_INFORMATION", "-540,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000", "exchange") +
+            line("EXCHANGE_GMT", "540", "exchange") + line("LOCAL_GMT", "0", "machine"));
+}
+
+TEST_F(SymbolCommand, EachValueSaysWhereItComesFrom) {
+    ASSERT_EQ(ImportSymbols(std::string(OwnColumns) + ",SESSION_NAME,TIME_ZONE",
+                            "own,0,F,E,0,10,0.5,7,0.1,0,Fri 22:00-24:00,mine,1\n"
+                            "template,0,F,E,1,,,,,2,,T,\n"
+                            "dictionary,0,F,X,2,,,,,3,,,\n")
+                  .Status,
+              0);
+    EXPECT_THAT(Symbol("own").Output, HasSubstr("\"SETTING_FROM\": \"own\", \"SESSION_FROM\": \"own\""));
+    EXPECT_THAT(Symbol("own").Output, HasSubstr("\"SESSION_NAME\": \"mine\", \"TIME_ZONE\": 1, \"SESSION_TIMES\": "
+                                                "\"Fri 22:00-24:00\""));
+    const std::string shared = Symbol("template").Output;
+    EXPECT_THAT(shared, HasSubstr("\"SETTING_FROM\": \"exchange\", \"SESSION_FROM\": \"template\""));
+    EXPECT_THAT(shared, HasSubstr("\"SESSION_NAME\": \"T\", \"TIME_ZONE\": 2, \"SESSION_TIMES\": \"Fri "
+                                  "08:00-09:00:30\""));
+    // Where the dictionary has nothing, it is the exchange that gives.
+    const std::string rooted = Symbol("dictionary").Output;
+    EXPECT_THAT(rooted, HasSubstr("\"SETTING_TYPE\": 2, \"PRICE_SCALE\": 1, "));
+    EXPECT_THAT(rooted, HasSubstr("\"SESSION_TYPE\": 3, \"SESSION_NAME\": \"SX\", "));
+    EXPECT_THAT(rooted, HasSubstr("\"SETTING_FROM\": \"exchange\", \"SESSION_FROM\": \"exchange\""));
+}
+
+TEST_F(SymbolCommand, ANameThatIsNotThereIsStatus1WithAdvice) {
+    ASSERT_EQ(ImportSymbols("", "ESH27,0,F,E\nESM27,0,F,E\nESZ26,0,G,E\nNQZ26,0,F,E\nNqZ26,1,F,E\n").Status, 0);
+    const auto advice = [&](const std::string& name) {
+        const tagEnd end = Symbol(name);
+        EXPECT_EQ(end.Status, 1);
+        EXPECT_EQ(end.Output, "");
+        return end.Errors;
+    };
+    EXPECT_EQ(advice("ESZ26"), "error: There is no symbol \"ESZ26\" in the feed \"F\": the feed \"G\" has one.\n");
+    EXPECT_EQ(advice("nqz26"), "error: There is no symbol \"nqz26\" in the feed \"F\": there is \"NQZ26\", "
+                               "\"NqZ26\", and letter case counts.\n");
+    EXPECT_EQ(advice("ESU27"), "error: There is no symbol \"ESU27\" in the feed \"F\": it has \"ESH27\", "
+                               "\"ESM27\".\n");
+    EXPECT_EQ(advice("Q"),
+              "error: There is no symbol \"Q\" in the feed \"F\": see \"sqstorage list symbols --feed 'F'\".\n");
+    const tagEnd feed = Symbol("ESZ26", "Q");
+    EXPECT_EQ(feed.Status, 1);
+    EXPECT_EQ(feed.Errors, "error: There is no feed \"Q\": see \"sqstorage list feeds\".\n");
+    EXPECT_EQ(Run({"symbol", "ESZ26"}).Status, 2);
+}
+
+TEST_F(SymbolCommand, ANameWithWildcardsOrQuotesIsToTheLetter) {
+    ASSERT_EQ(ImportSymbols("", "A_%,0,F,E\nAxy,0,F,E\nit's,0,F,E\n").Status, 0);
+    EXPECT_THAT(Symbol("A_%").Output, HasSubstr("\"SYMBOL_NAME\": \"A_%\""));
+    EXPECT_THAT(Symbol("A_%").Output, testing::Not(HasSubstr("Axy")));
+    EXPECT_THAT(Symbol("it's").Output, HasSubstr("\"SYMBOL_NAME\": \"it's\""));
+}
+
+TEST_F(SymbolCommand, SymbolsOfOneNameAreAllShown) {
+    ASSERT_EQ(ImportSymbols("", "A,0,F,E\nA,1,F,E\nA,0,F,X\n").Status, 0);
+    const tagEnd end = Symbol("A");
+    EXPECT_EQ(end.Status, 0);
+    EXPECT_EQ(end.Errors, "note: There are 3 symbols of that name; all are shown.\n");
+    EXPECT_EQ(std::ranges::count(end.Output, '{'), 3);
+}
+
+TEST_F(SymbolCommand, WhatIsGoneIsToldAndTheRestIsShown) {
+    ASSERT_EQ(ImportSymbols(OwnColumns, "A,0,F,E,0,10,0.5,7,0.1,0,Tue 08:00-09:30\n").Status, 0);
+    CHeldDatabase(Database()).Run(L"UPDATE PORTFOLIO SET SETTING=9991,CUSTOM_SESSION=9992");
+    const tagEnd end = Symbol("A");
+    EXPECT_EQ(end.Status, 0);
+    EXPECT_EQ(end.Errors,
+              "warning: The own price setting of the symbol, with the key 9991, is gone: import the symbol "
+              "with another one and --update.\n"
+              "warning: The session of the symbol, with the key 9992, is gone: import the symbol with "
+              "another one and --update.\n");
+    EXPECT_THAT(end.Output, HasSubstr("\"PRICE_SCALE\": null, "));
+    EXPECT_THAT(end.Output, HasSubstr("\"TIME_ZONE\": null, \"SESSION_TIMES\": \"\", \"SESSIONS_STRING\": null, "));
+}
+
+} // namespace
+
+} // namespace sqCliTest
