@@ -35,7 +35,8 @@ std::string FreeName(const std::string& wanted, const std::set<std::string>& tak
 } // namespace
 
 std::string SessionNameId(const std::string& name) {
-    return platform::ToUtf8(platform::FoldCase(platform::FromUtf8(name)));
+    const std::string_view kept = std::string_view(name).substr(0, name.find_last_not_of(' ') + 1);
+    return platform::ToUtf8(platform::FoldCase(platform::FromUtf8(kept)));
 }
 
 std::vector<tagNamedSession> NameSessions(CStore& store) {

@@ -2,8 +2,8 @@
 //
 // The database lets sessions share a name or have none, above all those that belong to one exchange. In files each
 // has a name of its own: that in the store where it can be kept, otherwise one made from that of its exchange, or
-// with a number behind it. Letter case does not tell two names apart, since the store refuses a template's name in
-// whatever letter case.
+// with a number behind it. Neither letter case nor blanks at the end tell two names apart, since the store refuses
+// a template's name in whatever letter case, and the database ignores such blanks.
 //
 // A session that belongs to one symbol has none: the file of the symbols says it itself.
 #pragma once
