@@ -9,6 +9,7 @@
 #include "ZoneRules.h"
 #include "apps/sqstorage/store/Exchanges.h"
 #include "apps/sqstorage/store/HolidayCalendars.h"
+#include "apps/sqstorage/store/WayBack.h"
 
 #include <algorithm>
 #include <array>
@@ -143,10 +144,17 @@ public:
 
     void Update(const tagStoredRow<Row>& there, const Row& row) {
         const auto found = std::ranges::find(m_Exchanges, there.Key, &tagKeyedExchange::Key);
-        LONG setting = found->Exchange.Setting;
-        if (row.Prices != there.Value.Prices)
-            setting = ChangeSetting(setting, row);
-        UpdateExchange(m_Store, there.Key, ExchangeOf(row, setting));
+        const LONG before = found->Exchange.Setting;
+        const bool changes = row.Prices != there.Value.Prices;
+        const LONG setting = changes ? ChangeSetting(before, row) : before;
+        ChangeOrUndo([&] { UpdateExchange(m_Store, there.Key, ExchangeOf(row, setting)); },
+                     [&] {
+                         if (setting != before)
+                             Forget(setting);
+                         else if (changes)
+                             PutBack(setting, there.Value.Prices);
+                     },
+                     "its old prices");
     }
 
     // What an exchange refers to and the store does not hold.
@@ -218,6 +226,13 @@ private:
             DeleteSetting(m_Store, setting);
         } catch (const CStoreRefusal&) {
         }
+    }
+
+    void PutBack(LONG setting, const PriceTexts& prices) const {
+        const auto old = SettingOf(prices);
+        if (!old)
+            throw CStoreRefusal("The old prices say no setting that the store takes.");
+        UpdateSetting(m_Store, setting, *old);
     }
 
     // One that another exchange has, too, stays as it is.

@@ -36,7 +36,7 @@ public:
         const std::size_t before = reasons.size();
         if (auto problem = NameProblem(Rules[RuleName].Name, values[RuleName]))
             reasons.push_back(std::move(*problem));
-        const auto type = ParseWhole(Rules[RuleType].Name, values[RuleType], 0, LargestLong, reasons);
+        const auto type = ParseWhole(Rules[RuleType].Name, values[RuleType], 0, LastSessionType, reasons);
         const auto zone = ParseWhole(Rules[RuleTimeZone].Name, values[RuleTimeZone], 0, LargestLong, reasons);
         if (reasons.size() != before)
             return std::nullopt;

@@ -1,5 +1,6 @@
 #include "HolidayCalendars.h"
 
+#include "WayBack.h"
 #include "platform/com/bstr.h"
 #include "platform/text.h"
 
@@ -98,13 +99,12 @@ std::vector<tagOwnedHolidayDate> SelectHolidayDates(CStore& store) {
 
 void ReplaceHolidayDates(CStore& store, LONG calendar, std::span<const tagHolidayDate> dates,
                          std::span<const tagHolidayDate> before) {
-    try {
-        WriteDates(store, calendar, dates);
-    } catch (const CStoreRefusal&) {
-        if (!before.empty())
-            WriteDates(store, calendar, before);
-        throw;
-    }
+    ChangeOrUndo([&] { WriteDates(store, calendar, dates); },
+                 [&] {
+                     if (!before.empty())
+                         WriteDates(store, calendar, before);
+                 },
+                 "its old dates");
 }
 
 } // namespace sqCli

@@ -1,5 +1,6 @@
 #include "Sessions.h"
 
+#include "WayBack.h"
 #include "platform/com/bstr.h"
 #include "platform/text.h"
 
@@ -92,7 +93,7 @@ bool IsCutByUpdate(const std::wstring& name) {
 
 std::vector<tagKeyedSession> SelectSessions(CStore& store) {
     Sessions found;
-    for (LONG type = 0; type <= 3; ++type)
+    for (LONG type = 0; type <= LastSessionType; ++type)
         Take(store.Select(&CStore::IqxStorage::SelectSession,
                           [&](CStore::IdmRequest& request) { request.put_SessionType(type); }),
              found);
@@ -152,13 +153,12 @@ SessionDetails SelectSessionDetails(CStore& store) {
 
 void ReplaceSessionDetails(CStore& store, LONG session, std::span<const tagSessionDetail> details,
                            std::span<const tagSessionDetail> before) {
-    try {
-        WriteDetails(store, session, details);
-    } catch (const CStoreRefusal&) {
-        if (!before.empty())
-            WriteDetails(store, session, before);
-        throw;
-    }
+    ChangeOrUndo([&] { WriteDetails(store, session, details); },
+                 [&] {
+                     if (!before.empty())
+                         WriteDetails(store, session, before);
+                 },
+                 "its old details");
 }
 
 } // namespace sqCli

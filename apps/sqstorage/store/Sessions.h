@@ -12,7 +12,9 @@
 
 namespace sqCli {
 
-// What a session is for; the store takes other numbers, too.
+// What a session is for: a number from 0. The store takes larger ones than the last, too, but lists no session that
+// has one.
+inline constexpr LONG LastSessionType = 3;
 inline constexpr LONG ExchangeSession = 1; // an exchange's own
 inline constexpr LONG TemplateSession = 2; // any symbol may use it
 

@@ -110,11 +110,16 @@ TEST_F(MarketImport, AFeedNameThatIsThereTwiceIsRefused) {
 TEST_F(MarketImport, BadSessionsAreNamed) {
     ExpectProblem("sessions.csv", SessionHeader + "\"\",1,2\n", "2: SESSION_NAME is empty: give a name");
     ExpectProblem("sessions.csv", SessionHeader + "S,-1,2\n",
-                  "2: SESSION_TYPE is \"-1\": give a whole number from 0 to 2147483647");
+                  "2: SESSION_TYPE is \"-1\": give a whole number from 0 to 3");
+    // No list would show it.
+    ExpectProblem("sessions.csv", SessionHeader + "S,3,2\nT,4,2\n",
+                  "3: SESSION_TYPE is \"4\": give a whole number from 0 to 3");
     ExpectProblem("sessions.csv", SessionHeader + "S,1,exchange\n",
                   "2: TIME_ZONE is \"exchange\": give a whole number from 0 to 2147483647");
     ExpectProblem("sessions.csv", SessionHeader + "S,1,2\n\ns,2,2\n",
                   "4: \"s\" repeats line 2: remove one of them");
+    ExpectProblem("sessions.csv", SessionHeader + "S,1,2\n\"S  \",2,2\n",
+                  "3: \"S  \" repeats line 2: remove one of them");
     EXPECT_EQ(Run({"list", "sessions"}).Status, 1);
 }
 
@@ -127,7 +132,8 @@ TEST_F(MarketImport, ASessionChangesWithUpdateAlone) {
 }
 
 TEST_F(MarketImport, ASessionOfAnyTypeThatHasDetailsIsListed) {
-    ASSERT_EQ(Import("sessions.csv", SessionHeader + "S,77,2\n").Status, 0);
+    ASSERT_EQ(Import("sessions.csv", SessionHeader + "S,1,2\n").Status, 0);
+    CHeldDatabase(Database()).Run(L"UPDATE SESSIONS SET SESSION_TYPE=77");
     EXPECT_EQ(Run({"list", "sessions"}).Status, 1);
     CHeldDatabase(Database()).Run(L"INSERT INTO SESSION_DETAILS VALUES(1,1,0,1,60,0,0,0)");
     EXPECT_THAT(List("sessions"), HasSubstr("\n1,S,77,2\n"));
@@ -191,6 +197,28 @@ TEST_F(MarketImport, TheOldTimetableComesBackWhenTheDatabaseRefusesTheNew) {
     EXPECT_EQ(end.Status, 4);
     EXPECT_THAT(end.Errors, HasSubstr("session_details.csv:2: the store refused the details of \"S\". "));
     EXPECT_EQ(List("session_details"), before);
+}
+
+TEST_F(MarketImport, ATimetableThatCannotComeBackIsToldOf) {
+    ASSERT_EQ(Import("sessions.csv", SessionHeader + "S,1,2\n").Status, 0);
+    ASSERT_EQ(Import("session_details.csv", DetailHeader + "S,Mon,09:00,Mon,17:00\n").Status, 0);
+    CHeldDatabase(Database()).Run(L"ALTER TABLE SESSION_DETAILS ADD CONSTRAINT NO_DAY CHECK (START_DAY=2)");
+    const tagEnd end = Import("session_details.csv", DetailHeader + "S,Fri,09:00,Fri,17:00\n", {"--update"});
+    EXPECT_EQ(end.Status, 4);
+    EXPECT_THAT(end.Errors, HasSubstr("A value breaks a rule of its table: correct the value. And its old details "
+                                      "could not be put back: import them again.\n"));
+}
+
+TEST_F(MarketImport, HolidayDatesThatCannotComeBackAreToldOf) {
+    const std::string header = "HOLIDAY_NAME,HOLIDAY_START_DATE,HOLIDAY_DESCRIPTION\n";
+    ASSERT_EQ(Import("holidays.csv", "HOLIDAY_NAME\nH\n").Status, 0);
+    ASSERT_EQ(Import("holiday_dates.csv", header + "H,2027-01-01,a\n").Status, 0);
+    CHeldDatabase(Database())
+        .Run(L"ALTER TABLE HOLIDAY_DETAILS ADD CONSTRAINT NO_TEXT CHECK (HOLIDAY_DESCRIPTION='x')");
+    const tagEnd end = Import("holiday_dates.csv", header + "H,2027-01-02,b\n");
+    EXPECT_EQ(end.Status, 4);
+    EXPECT_THAT(end.Errors, HasSubstr("A value breaks a rule of its table: correct the value. And its old dates "
+                                      "could not be put back: import them again.\n"));
 }
 
 TEST_F(MarketImport, BadExchangesAreNamed) {
@@ -264,6 +292,47 @@ TEST_F(MarketImport, ARefusedExchangeLeavesNoSettingBehind) {
                 HasSubstr("exchanges.csv:2: the store refused the row. A value breaks a rule of its table: "
                           "correct the value.\n"));
     EXPECT_EQ(Run({"list", "settings"}).Status, 1);
+}
+
+TEST_F(MarketImport, ARefusedChangeOfAnExchangeLeavesItsPricesAsTheyWere) {
+    MakeExchange();
+    const std::string before = Json("exchanges");
+    const std::string settings = List("settings");
+    CHeldDatabase(Database()).Run(L"ALTER TABLE EXCHANGES ADD CONSTRAINT NEEDS_H CHECK (HOLIDAY>0)");
+    const tagEnd end = Import("exchanges.csv", ExchangeHeader + "E,,S,10,5,7,0.5," + Chicago + "\n", {"--update"});
+    EXPECT_EQ(end.Status, 4);
+    EXPECT_THAT(end.Errors,
+                HasSubstr("exchanges.csv:2: the store refused the row. A value breaks a rule of its table: "
+                          "correct the value.\n"));
+    EXPECT_EQ(Json("exchanges"), before);
+    EXPECT_EQ(List("settings"), settings);
+}
+
+TEST_F(MarketImport, ARefusedChangeOfAnExchangeOfASharedSettingLeavesNoSettingBehind) {
+    MakeExchange();
+    ASSERT_EQ(Import("sessions.csv", SessionHeader + "T,1,2\n").Status, 0);
+    ASSERT_EQ(Import("exchanges.csv", ExchangeHeader + "F,H,T,1,1,1,1," + Tokyo + "\n").Status, 0);
+    {
+        CHeldDatabase database(Database());
+        database.Run(L"UPDATE EXCHANGES SET SETTING=3 WHERE EXCHANGE_NAME='F'");
+        database.Run(L"ALTER TABLE EXCHANGES ADD CONSTRAINT NEEDS_H CHECK (HOLIDAY>0)");
+    }
+    const std::string settings = List("settings");
+    EXPECT_EQ(Import("exchanges.csv", ExchangeHeader + "F,,T,9,9,9,9," + Tokyo + "\n", {"--update"}).Status, 4);
+    EXPECT_EQ(List("settings"), settings);
+}
+
+TEST_F(MarketImport, PricesThatCannotComeBackAreToldOf) {
+    MakeExchange();
+    {
+        CHeldDatabase database(Database());
+        database.Run(L"ALTER TABLE EXCHANGES ADD CONSTRAINT NEEDS_H CHECK (HOLIDAY>0)");
+        database.Run(L"ALTER TABLE SETTINGS ADD CONSTRAINT NO_HUNDRED CHECK (PRICE_SCALE<>100)");
+    }
+    const tagEnd end = Import("exchanges.csv", ExchangeHeader + "E,,S,10,5,7,0.5," + Chicago + "\n", {"--update"});
+    EXPECT_EQ(end.Status, 4);
+    EXPECT_THAT(end.Errors, HasSubstr("correct the value. And its old prices could not be put back: import them "
+                                      "again.\n"));
 }
 
 TEST_F(MarketImport, ExchangesThatShareASessionAreWarnedOf) {
