@@ -63,12 +63,12 @@ struct tagImportRun {
     CStore& Store;
     const CConsole& Console;
     tagImportOptions Options;
-    // By dataset, the names of the rows that a dry run would have added, so that later files may refer to them.
+    // By dataset, the ids of the named rows that a dry run would have added, so that later files may refer to them.
     std::map<std::string_view, std::set<std::string>> Planned;
 
-    [[nodiscard]] bool IsPlanned(std::string_view dataset, const std::string& name) const {
-        const auto names = Planned.find(dataset);
-        return names != Planned.end() && names->second.contains(name);
+    [[nodiscard]] bool IsPlanned(std::string_view dataset, const std::string& id) const {
+        const auto ids = Planned.find(dataset);
+        return ids != Planned.end() && ids->second.contains(id);
     }
 };
 

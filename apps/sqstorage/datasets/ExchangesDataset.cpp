@@ -84,7 +84,8 @@ public:
                              PriceTexts{TextOf(row[1]), TextOf(row[2]), TextOf(row[3]), TextOf(row[4])});
         for (tagKeyedExchange& exchange : SelectExchanges(store)) {
             ++m_SettingUses[exchange.Exchange.Setting];
-            m_SessionUsers.emplace(NameOf(m_SessionNames, exchange.Exchange.Session), exchange.Exchange.Name);
+            m_SessionUsers.emplace(SessionNameId(NameOf(m_SessionNames, exchange.Exchange.Session)),
+                                   exchange.Exchange.Name);
             m_Exchanges.push_back(std::move(exchange));
         }
     }
@@ -189,7 +190,8 @@ private:
                 exchange.ZoneInformation};
     }
 
-    void TestReferences(const Row& row, Reasons& reasons) {
+    // The session's name becomes that under which it is kept.
+    void TestReferences(Row& row, Reasons& reasons) {
         if (row.Session.empty())
             reasons.push_back("SESSION_NAME is empty: name the session of the exchange");
         if (!m_Run)
@@ -199,7 +201,9 @@ private:
         if (row.Session.empty())
             return;
         Note(reasons, m_SessionKeys.Problem(*m_Run, row.Session));
-        const auto [user, alone] = m_SessionUsers.emplace(row.Session, row.Name);
+        if (const auto kept = m_SessionNames.find(m_SessionKeys.KeyOf(row.Session)); kept != m_SessionNames.end())
+            row.Session = kept->second;
+        const auto [user, alone] = m_SessionUsers.emplace(SessionNameId(row.Session), row.Name);
         if (!alone && user->second != row.Name)
             m_Run->Console.Warn(
                 fmt::format("The exchanges \"{}\" and \"{}\" share the session \"{}\", which goes when "
@@ -247,12 +251,12 @@ private:
     CStore& m_Store;
     const tagImportRun* m_Run;
     CNameKeys m_CalendarKeys{"calendar", "holidays"};
-    CNameKeys m_SessionKeys{"session", "sessions"};
+    CNameKeys m_SessionKeys{"session", "sessions", SessionNameId};
     std::map<LONG, std::string> m_CalendarNames;
     std::map<LONG, std::string> m_SessionNames;
     std::map<LONG, PriceTexts> m_Prices;
     std::map<LONG, std::size_t> m_SettingUses;
-    std::map<std::string, std::string> m_SessionUsers; // the first exchange of each session
+    std::map<std::string, std::string> m_SessionUsers; // the first exchange of each session, by its id
     std::vector<tagKeyedExchange> m_Exchanges;
 };
 

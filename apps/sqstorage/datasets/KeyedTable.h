@@ -18,6 +18,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -111,8 +112,10 @@ tagImportCounts ImportTable(const IDataset& dataset, tagImportRun& run, const ta
         const auto there = stored.find(row.Id());
         try {
             detail::BringIn(run, table, there == stored.end() ? nullptr : &there->second.front(), row, counts);
-            if (run.Options.DryRun)
-                run.Planned[dataset.Name()].insert(TextOf(table.Cells(row).front()));
+            // Nothing refers to rows that have no name.
+            if constexpr (std::is_same_v<detail::RowId<Row>, std::string>)
+                if (run.Options.DryRun)
+                    run.Planned[dataset.Name()].insert(row.Id());
         } catch (const CStoreRefusal& refusal) {
             file.Problems.push_back({line, fmt::format("the store refused the row. {}", refusal.what())});
         }

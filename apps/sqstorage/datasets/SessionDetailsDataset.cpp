@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <ranges>
 
 namespace sqCli {
 
@@ -25,7 +26,7 @@ constexpr std::array Rules = [] {
 using Details = std::vector<tagSessionDetail>;
 
 CNameKeys KeysOf(const std::vector<tagNamedSession>& sessions) {
-    CNameKeys keys("session", "sessions");
+    CNameKeys keys("session", "sessions", SessionNameId);
     for (const tagNamedSession& session : sessions)
         keys.Add(session.Session.Name, session.Key);
     return keys;
@@ -46,12 +47,13 @@ public:
     CRowTest(const tagImportRun& run, const tagImportFile& file, const CNameKeys& keys)
         : m_Run(run), m_File(file), m_Keys(keys) {}
 
-    // The timetables of a good file, by session, each in the order of the week.
+    // The timetables of a good file, by the session's name in the file's first row of it, each in the order of the
+    // week.
     std::map<std::string, Details> Timetables() {
         std::map<std::string, Details> timetables;
         for (const tagCsvRecord& row : m_File.Table.Rows())
             if (const auto detail = Test(row))
-                timetables[std::string(m_File.Table.Value(row, 0))].push_back(*detail);
+                timetables[FirstName(row)].push_back(*detail);
         for (auto& [session, details] : timetables) {
             std::ranges::sort(details);
             if (const auto problem = WeekProblem(details))
@@ -62,8 +64,14 @@ public:
     [[nodiscard]] std::size_t LineOf(const std::string& session) const { return m_FirstLines.at(session); }
 
 private:
+    const std::string& FirstName(const tagCsvRecord& row) {
+        std::string name(m_File.Table.Value(row, 0));
+        std::string id = SessionNameId(name);
+        return m_FirstNames.try_emplace(std::move(id), std::move(name)).first->second;
+    }
+
     std::optional<tagSessionDetail> Test(const tagCsvRecord& row) {
-        const std::string session(m_File.Table.Value(row, 0));
+        const std::string& session = FirstName(row);
         m_FirstLines.emplace(session, row.Line);
         std::vector<std::string> reasons;
         if (auto problem = m_Keys.Problem(m_Run, session))
@@ -84,6 +92,7 @@ private:
     const tagImportRun& m_Run;
     const tagImportFile& m_File;
     const CNameKeys& m_Keys;
+    std::map<std::string, std::string> m_FirstNames; // by the session's id
     std::map<std::string, std::size_t> m_FirstLines;
     std::map<std::pair<std::string, tagSessionDetail>, std::size_t> m_Lines;
 };
@@ -122,8 +131,10 @@ public:
         std::map<LONG, std::string> names;
         for (const tagKeyedSession& row : SelectSessions(store))
             names.emplace(row.Key, row.Session.Name);
-        if (filter.Session &&
-            std::ranges::find(names, *filter.Session, [](const auto& name) { return name.second; }) == names.end())
+        const auto isWanted = [&](const std::string& name) {
+            return SessionNameId(name) == SessionNameId(*filter.Session);
+        };
+        if (filter.Session && std::ranges::none_of(names | std::views::values, isWanted))
             throw CCommandError(
                 EExitStatus::Refused,
                 fmt::format("There is no session \"{}\": see \"sqstorage list sessions\".", *filter.Session));
@@ -133,7 +144,7 @@ public:
         for (const auto& [key, details] : SelectSessionDetails(store)) {
             const auto name = names.find(key);
             const std::string shown = name == names.end() ? std::string() : name->second;
-            if (filter.Session && (name == names.end() || shown != *filter.Session))
+            if (filter.Session && (name == names.end() || !isWanted(shown)))
                 continue;
             for (const tagSessionDetail& detail : details)
                 rows.Rows.push_back(Joined({std::int64_t{key}, shown}, CellsOf(detail)));

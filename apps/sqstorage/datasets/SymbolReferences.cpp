@@ -1,6 +1,5 @@
 #include "SymbolReferences.h"
 
-#include "SessionNames.h"
 #include "apps/sqstorage/store/DataFeeds.h"
 #include "apps/sqstorage/store/PriceSettings.h"
 
@@ -91,12 +90,14 @@ std::optional<std::string> CSymbolReferences::Gap(const tagSymbol& symbol) const
     return std::nullopt;
 }
 
-void CSymbolReferences::Test(const tagImportRun& run, const tagSymbolRow& row,
-                             std::vector<std::string>& reasons) const {
+void CSymbolReferences::Test(const tagImportRun& run, tagSymbolRow& row, std::vector<std::string>& reasons) const {
     Note(reasons, m_FeedKeys.Problem(run, row.Feed));
     Note(reasons, m_ExchangeKeys.Problem(run, row.Exchange));
-    if (row.Symbol.SessionType == SessionIsTemplate)
+    if (row.Symbol.SessionType == SessionIsTemplate) {
         Note(reasons, m_SessionKeys.Problem(run, row.TemplateName));
+        if (const std::string* const kept = Find(m_SessionNames, m_SessionKeys.KeyOf(row.TemplateName)))
+            row.TemplateName = *kept;
+    }
     if (row.Symbol.SessionType == SessionIsOwn && IsTemplateName(row.Own.Name))
         reasons.push_back(
             fmt::format("the own session is called \"{}\", which is a template's name: choose another, "

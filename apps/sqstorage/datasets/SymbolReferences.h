@@ -4,6 +4,7 @@
 #pragma once
 
 #include "NameKeys.h"
+#include "SessionNames.h"
 #include "SymbolRules.h"
 #include "apps/sqstorage/store/Exchanges.h"
 
@@ -29,8 +30,8 @@ public:
     // What a symbol refers to and the store does not hold, or holds under a name of others.
     [[nodiscard]] std::optional<std::string> Gap(const tagSymbol& symbol) const;
 
-    // Why the names of a row stand for nothing.
-    void Test(const tagImportRun& run, const tagSymbolRow& row, std::vector<std::string>& reasons) const;
+    // Why the names of a row stand for nothing. A template's name becomes that under which it is kept.
+    void Test(const tagImportRun& run, tagSymbolRow& row, std::vector<std::string>& reasons) const;
     // The row as a symbol with the keys of what it names, but without those of what it owns.
     [[nodiscard]] tagSymbol SymbolOf(const tagSymbolRow& row) const;
     // A template has the name, perhaps in other letter case: no other session can have it.
@@ -43,7 +44,7 @@ private:
     std::vector<tagKeyedExchange> m_Exchanges;
     CNameKeys m_FeedKeys{"feed", "feeds"};
     CNameKeys m_ExchangeKeys{"exchange", "exchanges"};
-    CNameKeys m_SessionKeys{"session", "sessions"};
+    CNameKeys m_SessionKeys{"session", "sessions", SessionNameId};
     std::map<LONG, std::string> m_FeedNames;
     std::map<LONG, std::string> m_SessionNames; // in files
     std::map<LONG, PriceTexts> m_Prices;

@@ -335,6 +335,38 @@ TEST_F(MarketImport, PricesThatCannotComeBackAreToldOf) {
                                       "again.\n"));
 }
 
+TEST_F(MarketImport, ASessionIsKnownInWhateverLetterCaseAndWithBlanksAtTheEnd) {
+    MakeExchange();
+    EXPECT_EQ(Import("sessions.csv", SessionHeader + "s,1,2\n").Output, Summary("sessions.csv", "1,0,0,0,1,0"));
+    EXPECT_EQ(Import("session_details.csv", DetailHeader + "s,Mon,09:00,Mon,17:00\n").Output,
+              Summary("session_details.csv", "1,0,0,1,0,0"));
+    EXPECT_EQ(Import("exchanges.csv", ExchangeHeader + "E,H,s,100,50,1000000,0.25," + Chicago + "\n").Output,
+              Summary("exchanges.csv", "1,0,0,1,0,0"));
+    EXPECT_EQ(Import("exchanges.csv", ExchangeHeader + "E,H,\"S \",100,50,1000000,0.25," + Chicago + "\n").Output,
+              Summary("exchanges.csv", "1,0,0,1,0,0"));
+    EXPECT_THAT(Import("exchanges.csv", ExchangeHeader + "F,H,s,1,1,1,1," + Tokyo + "\n").Errors,
+                HasSubstr("The exchanges \"E\" and \"F\" share the session \"S\""));
+    EXPECT_THAT(Run({"list", "session_details", "--session", "s"}).Output, HasSubstr("09:00"));
+}
+
+TEST_F(MarketImport, TheRowsOfASessionAreOneTimetableInWhateverLetterCase) {
+    ASSERT_EQ(Import("sessions.csv", SessionHeader + "S,1,2\n").Status, 0);
+    EXPECT_EQ(Import("session_details.csv", DetailHeader + "S,Tue,09:00,Tue,17:00\ns,Mon,09:00,Mon,17:00\n").Status,
+              0);
+    EXPECT_THAT(List("session_details"),
+                HasSubstr("1,S,Mon,09:00,Mon,17:00,0,0,0\n1,S,Tue,09:00,Tue,17:00,0,0,0\n"));
+    ExpectProblem("session_details.csv", DetailHeader + "S,Tue,09:00,Tue,17:00\ns,Tue,09:00,Tue,17:00\n",
+                  "3: the row says the same as line 2: remove one of them");
+}
+
+TEST_F(MarketImport, ADryRunKnowsAPlannedSessionInWhateverLetterCase) {
+    Write("m/sessions.csv", SessionHeader + "S,1,2\n");
+    Write("m/session_details.csv", DetailHeader + "s,Mon,09:00,Mon,17:00\n");
+    Write("m/exchanges.csv", ExchangeHeader + "E,,s,1,1,1,1," + Chicago + "\n");
+    const tagEnd end = Run({"import", (Folder() / "m").string(), "--dry-run"});
+    EXPECT_EQ(end.Status, 0) << end.Errors;
+}
+
 TEST_F(MarketImport, ExchangesThatShareASessionAreWarnedOf) {
     MakeExchange();
     const tagEnd end = Import("exchanges.csv", ExchangeHeader + "F,H,S,1,1,1,1," + Tokyo + "\n");
