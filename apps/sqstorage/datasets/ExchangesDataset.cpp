@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 
 namespace sqCli {
 
@@ -77,6 +78,8 @@ public:
         }
         for (tagNamedSession& session : NameSessions(store)) {
             m_SessionKeys.Add(session.Session.Name, session.Key);
+            if (!IsExported(session.Session))
+                m_LeftOutSessions.insert(session.Key);
             m_SessionNames.emplace(session.Key, std::move(session.Session.Name));
         }
         for (const auto& row : SelectSettings(store).Rows)
@@ -169,6 +172,16 @@ public:
             gaps.push_back(fmt::format("its session, with the key {}, is gone", exchange.Session));
         return gaps;
     }
+    // An exchange goes with what it refers to.
+    std::optional<std::string> ExportProblem(LONG key) const {
+        const tagExchange& exchange = std::ranges::find(m_Exchanges, key, &tagKeyedExchange::Key)->Exchange;
+        if (m_LeftOutSessions.contains(exchange.Session))
+            return fmt::format("its session, \"{}\", is left out", NameOf(m_SessionNames, exchange.Session));
+        const auto calendar = m_CalendarNames.find(exchange.Holiday);
+        if (calendar != m_CalendarNames.end() && NameProblem(Rules[RuleCalendar].Name, calendar->second))
+            return fmt::format("its calendar, with the key {}, is left out", exchange.Holiday);
+        return std::nullopt;
+    }
     const std::vector<tagKeyedExchange>& Exchanges() const { return m_Exchanges; }
 
 private:
@@ -254,6 +267,7 @@ private:
     CNameKeys m_SessionKeys{"session", "sessions", SessionNameId};
     std::map<LONG, std::string> m_CalendarNames;
     std::map<LONG, std::string> m_SessionNames;
+    std::set<LONG> m_LeftOutSessions; // of an export
     std::map<LONG, PriceTexts> m_Prices;
     std::map<LONG, std::size_t> m_SettingUses;
     std::map<std::string, std::string> m_SessionUsers; // the first exchange of each session, by its id

@@ -141,6 +141,9 @@ std::optional<std::string> ExportProblem(const tagListedDate& date) {
     if (!date.HasCalendar)
         return fmt::format("A date of the calendar with the key {} is left out, because there is no such calendar.",
                            date.Key);
+    if (NameProblem(Rules[RuleName].Name, date.Calendar))
+        return fmt::format("A date of the calendar with the key {} is left out, because the calendar is.",
+                           date.Key);
     if (!date.Date.Start || *date.Date.Start < FirstDay || *date.Date.Start > LastDay)
         return fmt::format("A date of the calendar \"{}\" is left out, because it has no day within the store's "
                            "calendar.",

@@ -7,6 +7,7 @@
 //   Parse(values, reasons)      the row that a file's values make, or nothing and why not
 //   Cells(row)                  the values of a row, in the order of the dataset's columns
 //   Insert(row), Update(stored, row)
+//   ExportProblem(key)          if there is such a thing: why an export leaves out a row that Parse would take
 //
 // Errors: CStoreRefusal out of the last two is told of the row, and the other rows go on.
 #pragma once
@@ -137,6 +138,9 @@ tagRowSet ExportTable(const IDataset& dataset, const CConsole& console, Table&& 
             texts.push_back(TextOf(cell));
         Reasons reasons;
         const auto row = table.Parse(RowValues(texts.begin(), texts.end()), reasons);
+        if constexpr (requires { table.ExportProblem(stored.Key); })
+            if (auto problem = table.ExportProblem(stored.Key))
+                reasons.push_back(std::move(*problem));
         const auto [first, fresh] = written.emplace(stored.Value.Id(), stored.Value);
         if (row && !fresh && !(first->second == stored.Value))
             reasons.push_back(fmt::format("another {} is called \"{}\", too: rename one of them",

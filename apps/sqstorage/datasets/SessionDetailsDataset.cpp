@@ -161,6 +161,13 @@ public:
             rows.Columns.emplace_back(rule.Name);
         bool hasValues = false;
         for (const tagNamedSession& session : NameSessions(store)) {
+            if (!IsExported(session.Session)) {
+                if (all.erase(session.Key) != 0)
+                    console.Warn(
+                        fmt::format("The details of the session \"{}\" are left out, because the session is.",
+                                    session.Session.Name));
+                continue;
+            }
             for (const tagSessionDetail& detail : Importable(session, all[session.Key], console)) {
                 rows.Rows.push_back(Joined({session.Session.Name}, CellsOf(detail)));
                 hasValues = hasValues || detail.Value5 != 0 || detail.Value6 != 0 || detail.Value7 != 0;

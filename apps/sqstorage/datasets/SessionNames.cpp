@@ -39,6 +39,11 @@ std::string SessionNameId(const std::string& name) {
     return platform::ToUtf8(platform::FoldCase(platform::FromUtf8(kept)));
 }
 
+bool IsExported(const tagSession& session) {
+    return !NameProblem("SESSION_NAME", session.Name) && session.Type >= 0 && session.Type <= LastSessionType &&
+           session.TimeZone >= 0;
+}
+
 std::vector<tagNamedSession> NameSessions(CStore& store) {
     std::vector<tagNamedSession> named;
     std::set<std::string> taken;

@@ -27,4 +27,7 @@ struct tagNamedSession {
 // What two names share that the store takes for the same.
 [[nodiscard]] std::string SessionNameId(const std::string& name);
 
+// False for a session of values that no import takes. An export leaves it out, with all that refers to it.
+[[nodiscard]] bool IsExported(const tagSession& session);
+
 } // namespace sqCli

@@ -40,6 +40,8 @@ CSymbolReferences::CSymbolReferences(CStore& store) : m_Exchanges(SelectExchange
 void CSymbolReferences::ReadSessions(CStore& store) {
     for (tagNamedSession& session : NameSessions(store)) {
         m_SessionKeys.Add(session.Session.Name, session.Key);
+        if (!IsExported(session.Session))
+            m_LeftOutSessions.insert(session.Key);
         m_SessionNames.emplace(session.Key, std::move(session.Session.Name));
     }
     for (tagKeyedSession& session : SelectSessions(store)) {
@@ -87,6 +89,8 @@ std::optional<std::string> CSymbolReferences::Gap(const tagSymbol& symbol) const
         return fmt::format("its own session, with the key {}, is gone", symbol.CustomSession);
     if (symbol.SessionType == SessionIsTemplate && !Find(m_SessionNames, symbol.TemplateSession))
         return fmt::format("its template session, with the key {}, is gone", symbol.TemplateSession);
+    if (symbol.SessionType == SessionIsTemplate && m_LeftOutSessions.contains(symbol.TemplateSession))
+        return fmt::format("its template session, with the key {}, is left out", symbol.TemplateSession);
     return std::nullopt;
 }
 

@@ -27,7 +27,7 @@ public:
 
     // The symbol as a file has it. What is gone is empty there.
     [[nodiscard]] tagSymbolRow RowOf(const tagSymbol& symbol, const std::string& exchangeName) const;
-    // What a symbol refers to and the store does not hold, or holds under a name of others.
+    // What a symbol refers to and the store does not hold, or an export leaves out.
     [[nodiscard]] std::optional<std::string> Gap(const tagSymbol& symbol) const;
 
     // Why the names of a row stand for nothing. A template's name becomes that under which it is kept.
@@ -47,6 +47,7 @@ private:
     CNameKeys m_SessionKeys{"session", "sessions", SessionNameId};
     std::map<LONG, std::string> m_FeedNames;
     std::map<LONG, std::string> m_SessionNames; // in files
+    std::set<LONG> m_LeftOutSessions;           // of an export
     std::map<LONG, PriceTexts> m_Prices;
     std::map<LONG, tagSession> m_Sessions;
     SessionDetails m_Details;

@@ -163,6 +163,30 @@ TEST_F(ExportCommand, WhatExchangesAndSessionsLackIsWarnedOf) {
                 testing::HasSubstr("\nASX,\"Australian Securities Exchange, equities\",,ASX,"));
 }
 
+TEST_F(ExportCommand, WhatRefersToARowThatIsLeftOutIsLeftOut) {
+    CreateFilled();
+    {
+        CHeldDatabase database(Database());
+        database.Run(L"UPDATE SESSIONS SET SESSION_TYPE=77 WHERE SESSION_NAME IN ('ASX','Grains')");
+        database.Run(L"UPDATE HOLIDAYS SET HOLIDAY_NAME='' WHERE HOLIDAY_NAME='JPX'");
+    }
+    const tagEnd end = Run({"export", (Folder() / "out").string()});
+    EXPECT_EQ(end.Status, 0);
+    for (const char* warning :
+         {" is left out, because the calendar is.\n",
+          " is left out, because SESSION_TYPE is \"77\": give a whole number from 0 to 3.\n",
+          "warning: The details of the session \"ASX\" are left out, because the session is.\n",
+          " is left out, because its session, \"ASX\", is left out.\n",
+          "warning: The symbol \"ZCZ26\" with the key "})
+        EXPECT_THAT(end.Errors, testing::HasSubstr(warning));
+    EXPECT_THAT(end.Errors, testing::ContainsRegex("The exchange with the key [0-9]+ is left out, because its "
+                                                   "calendar, with the key [0-9]+, is left out\\.\n"));
+    for (const char* file : {"sessions.csv", "session_details.csv", "exchanges.csv"})
+        EXPECT_THAT(Read(Folder() / "out" / file), testing::Not(testing::HasSubstr("\nASX,"))) << file;
+    EXPECT_THAT(Read(Folder() / "out/exchanges.csv"), testing::Not(testing::HasSubstr("\nTSE,")));
+    ExpectRoundTrip();
+}
+
 TEST_F(ExportCommand, AnEmptyStoreGivesHeaders) {
     Create();
     EXPECT_EQ(Run({"export", (Folder() / "out").string()}).Status, 0);
