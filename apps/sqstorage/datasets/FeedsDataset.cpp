@@ -4,6 +4,7 @@
 #include "TextRules.h"
 #include "apps/sqstorage/store/DataFeeds.h"
 
+#include <algorithm>
 #include <array>
 
 namespace sqCli {
@@ -36,12 +37,14 @@ public:
         friend bool operator==(const Row&, const Row&) = default;
     };
 
-    explicit CFeedTable(CStore& store) : m_Store(store) {}
+    // Without a run and its file for an export.
+    explicit CFeedTable(CStore& store, const tagImportRun* run = nullptr, const tagImportFile* file = nullptr)
+        : m_Store(store), m_Run(run), m_File(file) {}
 
     std::vector<tagStoredRow<Row>> Rows() {
         std::vector<tagStoredRow<Row>> rows;
         for (tagKeyedDataFeed& feed : SelectDataFeeds(m_Store)) {
-            if (feed.Feed.ReadsText)
+            if (feed.Feed.ReadsText && !IsReleased(feed.Feed.Name))
                 m_TextFeed = feed.Feed.Name;
             rows.push_back({feed.Key, {std::move(feed.Feed)}});
         }
@@ -78,6 +81,17 @@ public:
     void Update(const tagStoredRow<Row>& there, const Row& row) { UpdateDataFeed(m_Store, there.Key, row); }
 
 private:
+    // The file takes the flag from the feed, wherever the row of the next one stands.
+    bool IsReleased(const std::string& name) const {
+        if (!m_Run || !m_Run->Options.Update)
+            return false;
+        return std::ranges::any_of(m_File->Table.Rows(), [&](const tagCsvRecord& row) {
+            Reasons ignored;
+            return m_File->Table.Value(row, RuleName) == name &&
+                   ParseWholeOr(0, Rules[RuleAscii].Name, m_File->Table.Value(row, RuleAscii), 0, 1, ignored) == 0;
+        });
+    }
+
     // The store asks for one and takes the first.
     std::optional<std::string> TextFeedProblem(const std::string& name) {
         if (m_TextFeed.empty())
@@ -91,6 +105,8 @@ private:
     }
 
     CStore& m_Store;
+    const tagImportRun* m_Run;
+    const tagImportFile* m_File;
     std::string m_TextFeed;
 };
 
@@ -114,7 +130,7 @@ public:
     }
 
     tagImportCounts Import(tagImportRun& run, const tagImportFile& file) const override {
-        return ImportTable(*this, run, file, CFeedTable(run.Store));
+        return ImportTable(*this, run, file, CFeedTable(run.Store, &run, &file));
     }
 };
 

@@ -100,6 +100,23 @@ TEST_F(MarketImport, AFeedChangesWithUpdateAlone) {
     EXPECT_THAT(List("feeds"), HasSubstr("\n1,n,s2,d,c,0,0\n"));
 }
 
+TEST_F(MarketImport, TheTextFeedMovesWithUpdateAlone) {
+    ASSERT_EQ(Import("feeds.csv", FeedHeader + "a,a,d,c1,1,1\nb,b,d,c2,0,1\n").Status, 0);
+    const std::string moved = FeedHeader + "a,a,d,c1,0,1\nb,b,d,c2,1,1\n";
+    ExpectProblem(
+        "feeds.csv", moved,
+        "3: ASCII is 1 here and at the feed \"a\", and one feed alone can read text files: make it 0 at one "
+        "of them");
+    EXPECT_EQ(Import("feeds.csv", moved, {"--update"}).Output, Summary("feeds.csv", "2,0,2,0,0,0"));
+    EXPECT_THAT(List("feeds"), HasSubstr("\n1,a,a,d,c1,0,1\n2,b,b,d,c2,1,1\n"));
+    // Whichever row comes first.
+    const std::string back = FeedHeader + "a,a,d,c1,1,1\nb,b,d,c2,,1\n";
+    EXPECT_EQ(Import("feeds.csv", back, {"--update"}).Output, Summary("feeds.csv", "2,0,2,0,0,0"));
+    EXPECT_THAT(List("feeds"), HasSubstr("\n1,a,a,d,c1,1,1\n2,b,b,d,c2,0,1\n"));
+    // A file that says nothing of the other leaves it the flag.
+    EXPECT_EQ(Import("feeds.csv", FeedHeader + "b,b,d,c2,1,1\n", {"--update"}).Status, 4);
+}
+
 TEST_F(MarketImport, AFeedNameThatIsThereTwiceIsRefused) {
     ASSERT_EQ(Import("feeds.csv", FeedHeader + "n,s,d,c,0,1\nm,s,d,c,0,1\n").Status, 0);
     CHeldDatabase(Database()).Run(L"UPDATE DATA_FEEDS SET DATA_FEED_NAME='n'");
