@@ -126,6 +126,13 @@ public:
     }
 
     tagRowSet Export(CStore& store, const CConsole& console) const override {
+        const LONG textFeed = SelectTextFeed(store);
+        const auto isIt = [&](const tagKeyedDataFeed& feed) { return feed.Key == textFeed; };
+        if (textFeed != 0 && std::ranges::none_of(SelectDataFeeds(store), isIt))
+            console.Warn(
+                fmt::format("The feed that reads text files, with the key {}, is deleted, so ASCII is 0 in all "
+                            "rows: make it 1 in that of the feed that is to read them.",
+                            textFeed));
         return ExportTable(*this, console, CFeedTable(store));
     }
 

@@ -24,23 +24,23 @@ struct tagTexts {
     CBstr Clsid;
 };
 
+bool HasQuote(const std::string& text) { return text.find('\'') != std::string::npos; }
+
+} // namespace
+
 // The feeds' own rows do not tell.
-LONG TextFeed(CStore& store) {
+LONG SelectTextFeed(CStore& store) {
     LONG key = 0;
     const auto asc = store.As<IascStorage>();
     store.Run([&](CStore::IqxStorage&) { return asc->get_Datafeed(&key); });
     return key;
 }
 
-bool HasQuote(const std::string& text) { return text.find('\'') != std::string::npos; }
-
-} // namespace
-
 std::vector<tagKeyedDataFeed> SelectDataFeeds(CStore& store) {
     const tagRowSet rows = store.Select(&CStore::IqxStorage::SelectDataFeed);
     const auto at = ColumnsOf<6>(
         rows, {"DATA_FEED", "DATA_FEED_NAME", "DATA_FEED_SHORT_NAME", "DATA_FEED_DLL_NAME", "CLSID", "ACTIVE"});
-    const LONG textFeed = rows.Rows.empty() ? 0 : TextFeed(store);
+    const LONG textFeed = rows.Rows.empty() ? 0 : SelectTextFeed(store);
     std::vector<tagKeyedDataFeed> feeds;
     for (const auto& row : rows.Rows) {
         const LONG key = LongOf(row[at[0]]);

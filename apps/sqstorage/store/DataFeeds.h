@@ -27,6 +27,8 @@ struct tagKeyedDataFeed {
 
 // Those that are not deleted; by name, then by key.
 [[nodiscard]] std::vector<tagKeyedDataFeed> SelectDataFeeds(CStore& store);
+// The feed that the store takes to read text files, which may be a deleted one; 0 for none.
+[[nodiscard]] LONG SelectTextFeed(CStore& store);
 // Returns the key, which is an old one when a deleted feed had the same CLSID.
 LONG InsertDataFeed(CStore& store, const tagDataFeed& feed);
 void UpdateDataFeed(CStore& store, LONG key, const tagDataFeed& feed);

@@ -187,6 +187,17 @@ TEST_F(ExportCommand, WhatRefersToARowThatIsLeftOutIsLeftOut) {
     ExpectRoundTrip();
 }
 
+TEST_F(ExportCommand, ADeletedTextFeedIsWarnedOf) {
+    CreateFilled();
+    CHeldDatabase(Database()).Run(L"UPDATE DATA_FEEDS SET DELETED=1 WHERE ASCII=1");
+    const tagEnd end = Run({"export", (Folder() / "out").string()});
+    EXPECT_EQ(end.Status, 0);
+    EXPECT_THAT(
+        end.Errors,
+        testing::ContainsRegex("warning: The feed that reads text files, with the key [0-9]+, is deleted, so ASCII "
+                               "is 0 in all rows: make it 1 in that of the feed that is to read them.\n"));
+}
+
 TEST_F(ExportCommand, AnEmptyStoreGivesHeaders) {
     Create();
     EXPECT_EQ(Run({"export", (Folder() / "out").string()}).Status, 0);
