@@ -119,6 +119,19 @@ std::string_view CTextPool::LongTextAt(const char* data) {
     }
 }
 
+inline CTextPool::Handle CTextPool::Append(std::string_view text) {
+    const std::size_t size = text.size() + 1;
+    if (text.size() >= LongLength || size > m_Left) [[unlikely]]
+        return AppendElsewhere(text);
+    *m_Next = static_cast<char>(text.size());
+    CopyText(m_Next + 1, text);
+    const auto handle = static_cast<Handle>(m_End);
+    m_End += size;
+    m_Next += size;
+    m_Left -= size;
+    return handle;
+}
+
 CTextPool::Handle CTextPool::Add(std::string_view text) {
     if (text.empty())
         return 0;
@@ -181,19 +194,6 @@ void CTextPool::Rehash(std::size_t slots) {
     for (const Handle handle : old)
         if (handle != 0)
             Insert(handle);
-}
-
-inline CTextPool::Handle CTextPool::Append(std::string_view text) {
-    const std::size_t size = text.size() + 1;
-    if (text.size() >= LongLength || size > m_Left) [[unlikely]]
-        return AppendElsewhere(text);
-    *m_Next = static_cast<char>(text.size());
-    CopyText(m_Next + 1, text);
-    const auto handle = static_cast<Handle>(m_End);
-    m_End += size;
-    m_Next += size;
-    m_Left -= size;
-    return handle;
 }
 
 CTextPool::Handle CTextPool::AppendElsewhere(std::string_view text) {

@@ -107,7 +107,7 @@ T Load(const unsigned char* place) {
     return value;
 }
 
-void PutPacked(CColumn& column, Row row, const tagPackedCell& cell, const unsigned char* value) {
+inline void PutPacked(CColumn& column, Row row, const tagPackedCell& cell, const unsigned char* value) {
     switch (cell.Form) {
     case EPackedForm::Text:
         column.PutText(row, {reinterpret_cast<const char*>(value + sizeof(WORD)), Load<WORD>(value)});
@@ -136,10 +136,16 @@ void PutPacked(CColumn& column, Row row, const tagPackedCell& cell, const unsign
 } // namespace
 
 void CdmTable::AppendPacked(const unsigned char* record, std::span<const tagPackedCell> cells) {
-    m_BulkRow = m_Store->AppendRecord();
-    for (const tagPackedCell& cell : cells)
-        if (Load<std::int16_t>(record + cell.NullOffset) == 0)
-            PutPacked(BulkColumn(cell.Column), m_BulkRow, cell, record + cell.Offset);
+    CTableStore& store = *m_Store;
+    const Row row = m_BulkRow = store.AppendRecord();
+    const bool isWatched = store.HasIndexes();
+    for (const tagPackedCell& cell : cells) {
+        if (Load<std::int16_t>(record + cell.NullOffset) != 0)
+            continue;
+        assert(cell.Column < store.FieldCount());
+        CColumn& column = isWatched ? store.Edit(cell.Column, row) : store.Fill(cell.Column);
+        PutPacked(column, row, cell, record + cell.Offset);
+    }
 }
 
 void CdmTable::GetIntegers(ULONG column, ULONG first, std::span<LONG> values) const {

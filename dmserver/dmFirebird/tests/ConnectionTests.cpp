@@ -81,6 +81,13 @@ TEST_F(Connection, CreatedDatabaseHasThePageSizeCharacterSetAndWriteModeOfTheSto
                           .Text(0, "RDB$CHARACTER_SET_NAME"));
 }
 
+TEST_F(Connection, EmbeddedEngineMayKeepAPortfolioOfAMillionSymbols) {
+    EXPECT_EQ(10240, Number(L"SELECT MON$PAGE_BUFFERS FROM MON$DATABASE"));
+    Database().Close();
+    EXPECT_EQ(S_OK, Open(Database(), Path()));
+    EXPECT_EQ(10240, Number(L"SELECT MON$PAGE_BUFFERS FROM MON$DATABASE"));
+}
+
 TEST_F(Connection, ExistingFileIsOpenedAgain) {
     Run(L"CREATE TABLE T(A INTEGER)");
     EXPECT_EQ(S_OK, Database().Close());

@@ -5,9 +5,10 @@
 //                         10 times faster than one GET_SYMBOL_INFO for each symbol,
 //                         at most 1.2 times the cost per symbol at 1,000,000 of that at 10,000,
 //                         at most 400 bytes a symbol in the filled table
-//     first batch         of a cursor: at most 1.05 times the bare one
+//     first batch         1,000 symbols of a cursor: at most 1.05 times the bare ones
 //
-// --markdown prints the table of docs/performance.md in place of the benchmarks' own lines.
+// --markdown prints the table of docs/performance.md. --scattered has no two symbols of a root together in the
+// file, which is the worst for a reading by name.
 #include "PortfolioStore.h"
 #include "dmserver/dmudfcom/interface/TableRows.h"
 #include "platform/clock.h"
@@ -23,7 +24,8 @@
 #include <fstream>
 #include <functional>
 #include <limits>
-#include <memory>
+#include <map>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -60,7 +62,7 @@ constexpr const char* CursorStatement =
     "PORTFOLIO P, EXCHANGES E, DATA_FEEDS D WHERE P.EXCHANGE=E.EXCHANGE AND P.DATA_FEED=D.DATA_FEED";
 
 // The engine without anything of ours, in its best form: statements are prepared once, and rows that come are left
-// where they lie.
+// where they lie. It shares the cache of the storage's connection, and so is opened behind it.
 class CBareDatabase {
 public:
     explicit CBareDatabase(const std::wstring& path)
@@ -173,8 +175,10 @@ private:
     std::vector<unsigned char> m_Row;
 };
 
+ELayout g_Layout = ELayout::RootByRoot;
+
 CPortfolioStore& Store(LONG symbols) {
-    static CPortfolioStore store;
+    static CPortfolioStore store(g_Layout);
     store.GrowTo(symbols);
     return store;
 }
@@ -184,14 +188,14 @@ CPortfolioStore& Store(LONG symbols) {
 struct tagSide {
     double Shortest = std::numeric_limits<double>::infinity(); // seconds
     double Last = 0;
-    double Processor = 0; // ticks
+    double Processor = 0; // seconds
 
     void Run(const std::function<void()>& work) {
         const std::clock_t ticks = std::clock();
         const double start = platform::MillisecondClock();
         work();
         Last = (platform::MillisecondClock() - start) / 1000;
-        Processor += static_cast<double>(std::clock() - ticks);
+        Processor += static_cast<double>(std::clock() - ticks) / CLOCKS_PER_SEC;
         Shortest = std::min(Shortest, Last);
     }
 };
@@ -231,11 +235,21 @@ void Require(bool condition, const char* what) {
 
 ULONG RowCount(const CComPtr<IDM_dmudfcom::IdmTable>& table) { return table.As<ITableRows>()->RowCount(); }
 
+// Of this process, in bytes: the engine's cache, the table and all the rest.
+double Resident() {
+    constexpr double PageSize = 4096;
+    std::ifstream file("/proc/self/statm");
+    double whole = 0;
+    double resident = 0;
+    file >> whole >> resident;
+    return resident * PageSize;
+}
+
 void WholePortfolio(benchmark::State& state) {
     const auto symbols = static_cast<LONG>(state.range(0));
     CPortfolioStore& store = Store(symbols);
-    CBareDatabase bare(store.Path());
     IDM_qxStorage::IqxStorage& storage = store.Storage();
+    CBareDatabase bare(store.Path());
     CComPtr<IDM_dmudfcom::IdmTable> table;
     std::size_t memory = 0;
     CComparison comparison;
@@ -246,11 +260,15 @@ void WholePortfolio(benchmark::State& state) {
                              storage.SelectPortfolio(0, nullptr, table.Get());
                          },
                          [&] {
-                             if (table) {
-                                 Require(RowCount(table) == static_cast<ULONG>(symbols), "symbols are missing");
-                                 Require(!table.As<ITableRows>()->IsNull(symbols - 1, 34), "the walk ended early");
-                                 memory = table.As<ITableRows>()->MemoryUse();
-                             }
+                             if (!table)
+                                 return;
+                             const auto rows = table.As<ITableRows>();
+                             Require(rows->RowCount() == static_cast<ULONG>(symbols), "symbols are missing");
+                             Require(!rows->IsNull(static_cast<ULONG>(symbols) - 1,
+                                                   static_cast<ULONG>(rows->FindColumn("EXCHANGE_GMT"))),
+                                     "the walk has ended before the last symbol");
+                             memory = rows->MemoryUse();
+                             state.counters["resident_mb"] = Resident() / 1e6;
                              table.Reset();
                          });
         state.SetIterationTime(comparison.Ours().Last);
@@ -259,17 +277,12 @@ void WholePortfolio(benchmark::State& state) {
     state.counters["us_per_symbol"] = comparison.Ours().Shortest / symbols * 1e6;
     state.counters["bytes_per_symbol"] = static_cast<double>(memory) / symbols;
 }
-BENCHMARK(WholePortfolio)
-    ->ArgsProduct({{10000, 100000, 1000000}})
-    ->Iterations(5)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
 
 void FirstBatch(benchmark::State& state) {
     CPortfolioStore& store = Store(static_cast<LONG>(state.range(0)));
     const auto batch = static_cast<LONG>(state.range(1));
-    CBareDatabase bare(store.Path());
     const auto portfolio = CComPtr<IDM_qxStorage::IqxStorage>(&store.Storage()).As<IDM_qxStorage::IqxPortfolio>();
+    CBareDatabase bare(store.Path());
     const auto request = NewRequest();
     request->put_Category(0, -1);
     CComPtr<IDM_dmudfcom::IdmTable> table;
@@ -291,19 +304,14 @@ void FirstBatch(benchmark::State& state) {
     }
     comparison.Report(state);
 }
-BENCHMARK(FirstBatch)
-    ->ArgsProduct({{10000, 100000, 1000000}, {1, 100, 1000}})
-    ->Iterations(3000)
-    ->UseManualTime()
-    ->Unit(benchmark::kMicrosecond);
 
 // A sample of symbols, each asked for by itself.
 void SymbolBySymbol(benchmark::State& state) {
     constexpr LONG Sample = 2000;
     const auto symbols = static_cast<LONG>(state.range(0));
     CPortfolioStore& store = Store(symbols);
-    CBareDatabase bare(store.Path());
     IDM_qxStorage::IqxStorage& storage = store.Storage();
+    CBareDatabase bare(store.Path());
     std::vector<LONG> keys;
     for (LONG i = 0; i < Sample; ++i)
         keys.push_back(CPortfolioStore::FirstSymbol + static_cast<LONG>(std::int64_t{i} * 7919 % symbols));
@@ -322,15 +330,130 @@ void SymbolBySymbol(benchmark::State& state) {
                          [&] { table->Clear(); });
         state.SetIterationTime(comparison.Ours().Last);
     }
+    comparison.Report(state);
     state.counters["bare_us_per_symbol"] = comparison.Bare().Shortest / Sample * 1e6;
     state.counters["us_per_symbol"] = comparison.Ours().Shortest / Sample * 1e6;
 }
-BENCHMARK(SymbolBySymbol)
-    ->ArgsProduct({{10000, 100000, 1000000}})
-    ->Iterations(3)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
+
+constexpr std::array<LONG, 3> Sizes{10000, 100000, 1000000};
+constexpr std::array<LONG, 2> Batches{1000, 100};
+
+std::string NameOf(const char* what, LONG symbols, LONG batch = 0) {
+    return what + ("/" + std::to_string(symbols)) + (batch == 0 ? "" : "/" + std::to_string(batch));
+}
+
+// Size after size, since the store only grows.
+void RegisterAll() {
+    for (const LONG symbols : Sizes) {
+        benchmark::RegisterBenchmark(NameOf("WholePortfolio", symbols).c_str(), WholePortfolio)
+            ->Args({symbols})
+            ->Iterations(symbols < 1000000 ? 20 : 5)
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark(NameOf("SymbolBySymbol", symbols).c_str(), SymbolBySymbol)
+            ->Args({symbols})
+            ->Iterations(3)
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+        for (const LONG batch : Batches)
+            benchmark::RegisterBenchmark(NameOf("FirstBatch", symbols, batch).c_str(), FirstBatch)
+                ->Args({symbols, batch})
+                ->Iterations(3000000 / batch)
+                ->UseManualTime()
+                ->Unit(benchmark::kMicrosecond);
+    }
+}
+
+// The table of docs/performance.md.
+class CMarkdownReporter final : public benchmark::BenchmarkReporter {
+public:
+    bool ReportContext(const Context&) override { return true; }
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs)
+            m_Counters[run.run_name.function_name] = run.counters;
+    }
+    void Finalize() override {
+        std::puts("| symbols | 10,000 | 100,000 | 1,000,000 | goal |\n|---|---|---|---|---|");
+        const auto whole = [this](LONG symbols, const char* counter) {
+            return Value(NameOf("WholePortfolio", symbols), counter);
+        };
+        Line("whole portfolio, ms", "", [&](LONG n) { return whole(n, "ours_us") / 1e3; });
+        Line("bare fetch of its six statements, ms", "", [&](LONG n) { return whole(n, "bare_us") / 1e3; });
+        Line("times the bare fetch", "1.3", [&](LONG n) { return whole(n, "ratio"); });
+        Line("the same in processor time", "", [&](LONG n) { return whole(n, "cpu_ratio"); });
+        Line("microseconds a symbol", "", [&](LONG n) { return whole(n, "us_per_symbol"); });
+        Line("times those at 10,000", "1.2",
+             [&](LONG n) { return whole(n, "us_per_symbol") / whole(Sizes[0], "us_per_symbol"); });
+        Line("filled table, bytes a symbol", "400", [&](LONG n) { return whole(n, "bytes_per_symbol"); });
+        Line("process with table and engine's cache, resident MB", "",
+             [&](LONG n) { return whole(n, "resident_mb"); });
+        const auto single = [this](LONG symbols, const char* counter) {
+            return Value(NameOf("SymbolBySymbol", symbols), counter);
+        };
+        Line("one symbol by request, microseconds", "", [&](LONG n) { return single(n, "us_per_symbol"); });
+        Line("times the whole portfolio's", "10 or more",
+             [&](LONG n) { return single(n, "us_per_symbol") / whole(n, "us_per_symbol"); });
+        Line("one bare GET_SYMBOL_INFO, microseconds", "", [&](LONG n) { return single(n, "bare_us_per_symbol"); });
+        Line("times the whole portfolio's", "10 or more",
+             [&](LONG n) { return single(n, "bare_us_per_symbol") / whole(n, "us_per_symbol"); });
+        for (const LONG batch : Batches) {
+            const std::string name = "first batch of " + std::to_string(batch) + ", ";
+            const auto first = [&](LONG symbols, const char* counter) {
+                return Value(NameOf("FirstBatch", symbols, batch), counter);
+            };
+            Line(name + "microseconds", "", [&](LONG n) { return first(n, "ours_us"); });
+            Line(name + "times the bare one", batch == 1000 ? "1.05" : "",
+                 [&](LONG n) { return first(n, "ratio"); });
+            Line(name + "the same in processor time", "", [&](LONG n) { return first(n, "cpu_ratio"); });
+        }
+    }
+
+private:
+    double Value(const std::string& run, const char* counter) const {
+        const auto found = m_Counters.find(run);
+        return found == m_Counters.end() ? 0 : found->second.at(counter).value;
+    }
+    template <class Figure>
+    static void Line(const std::string& what, const char* goal, Figure&& figure) {
+        std::printf("| %s |", what.c_str());
+        for (const LONG symbols : Sizes) {
+            const double value = figure(symbols);
+            std::printf(value >= 100 ? " %.0f |" : value >= 10 ? " %.1f |" : " %.2f |", value);
+        }
+        std::printf(" %s |\n", goal);
+    }
+
+    std::map<std::string, benchmark::UserCounters> m_Counters;
+};
+
+// Takes a flag of this program's own out of the arguments.
+bool TakeFlag(int& count, char** arguments, const char* flag) {
+    const auto end = arguments + count;
+    const auto found =
+        std::find_if(arguments, end, [flag](const char* each) { return std::strcmp(each, flag) == 0; });
+    if (found == end)
+        return false;
+    std::copy(found + 1, end, found);
+    --count;
+    return true;
+}
 
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int count, char** arguments) {
+    const bool isMarkdown = TakeFlag(count, arguments, "--markdown");
+    if (TakeFlag(count, arguments, "--scattered"))
+        g_Layout = ELayout::Scattered;
+    benchmark::Initialize(&count, arguments);
+    if (benchmark::ReportUnrecognizedArguments(count, arguments))
+        return 1;
+    RegisterAll();
+    if (isMarkdown) {
+        CMarkdownReporter reporter;
+        benchmark::RunSpecifiedBenchmarks(&reporter);
+    } else {
+        benchmark::RunSpecifiedBenchmarks();
+    }
+    benchmark::Shutdown();
+    return 0;
+}

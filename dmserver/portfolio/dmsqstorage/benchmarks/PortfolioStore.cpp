@@ -50,8 +50,9 @@ BEGIN
      ALL SELECT 4 FROM RDB$DATABASE UNION ALL SELECT 5 FROM RDB$DATABASE) D;
 END)";
 
-// Symbols from number {0} to below {1}, of 20,000 roots in all. Keys of symbols start at 10,000, of their own
-// settings at 10,000,000 and of their own sessions at 20,000,000.
+// Symbols from number {0} to below {1}, of 20,000 roots in all. {2} is the number of the root within the file, {3}
+// that of the symbol within its root. Keys of symbols start at 10,000, of their own settings at 10,000,000 and of
+// their own sessions at 20,000,000.
 constexpr std::string_view NewSymbols = R"(
 EXECUTE BLOCK AS
   DECLARE I INTEGER = {0};
@@ -66,9 +67,9 @@ EXECUTE BLOCK AS
 BEGIN
   WHILE (I < {1}) DO
   BEGIN
-    R = MOD(CAST(I / 50 AS BIGINT) * 7919, 20000);
-    M = MOD(MOD(I, 50), 12);
-    Y = 2020 + MOD(I, 50) / 12;
+    R = MOD(CAST({2} AS BIGINT) * 7919, 20000);
+    M = MOD({3}, 12);
+    Y = 2020 + {3} / 12;
     ROOT = ASCII_CHAR(65 + MOD(R / 676, 26)) || ASCII_CHAR(65 + MOD(R / 26, 26)) || ASCII_CHAR(65 + MOD(R, 26)) ||
       ASCII_CHAR(65 + R / 17576);
     NAME = ROOT || SUBSTRING('FGHJKMNQUVXZ' FROM M + 1 FOR 1) || (Y - 2000);
@@ -138,7 +139,7 @@ private:
 
 } // namespace
 
-CPortfolioStore::CPortfolioStore() {
+CPortfolioStore::CPortfolioStore(ELayout layout) : m_Layout(layout) {
     m_Host.Install();
     CWriter(Path()).Run(References);
 }
@@ -150,7 +151,9 @@ void CPortfolioStore::GrowTo(LONG symbols) {
     CWriter writer(Path());
     for (const char* index : Indexes)
         writer.Run(fmt::format("ALTER INDEX {} INACTIVE", index));
-    writer.Run(fmt::format(NewSymbols, m_Symbols, symbols));
+    const bool isScattered = m_Layout == ELayout::Scattered;
+    writer.Run(fmt::format(NewSymbols, m_Symbols, symbols, isScattered ? "MOD(I, 20000)" : "(I / 50)",
+                           isScattered ? "(I / 20000)" : "MOD(I, 50)"));
     for (const char* index : Indexes)
         writer.Run(fmt::format("ALTER INDEX {} ACTIVE", index));
     writer.Run(sqSchema::RefreshStatisticsStatement);

@@ -11,9 +11,15 @@
 
 namespace bench {
 
+// How symbols stand in the file.
+enum class ELayout {
+    RootByRoot, // as an import leaves them
+    Scattered,  // no two of a root together, as if each had come by itself in any order
+};
+
 class CPortfolioStore {
 public:
-    CPortfolioStore();
+    explicit CPortfolioStore(ELayout layout = ELayout::RootByRoot);
 
     // Closes the storage while it grows.
     void GrowTo(LONG symbols);
@@ -27,6 +33,7 @@ public:
 private:
     tests::CStorageHost m_Host;
     tests::CComPtr<IDM_qxStorage::IqxStorage> m_Storage;
+    ELayout m_Layout;
     LONG m_Symbols = 0;
 };
 

@@ -11,6 +11,7 @@
 #include "platform/com/com_error.h"
 #include "platform/crash.h"
 #include "platform/text.h"
+#include "sqStorage.h"
 
 #include <algorithm>
 #include <limits>
@@ -383,6 +384,59 @@ TEST_F(PortfolioJoin, ARefusedStatementIsRaisedWithTheDatabasesWords) {
         EXPECT_TRUE(error.Text().starts_with(L"GetTransaction: "));
     }
     EXPECT_THROW(CSelectPortfolioHelper(nullptr).SelectAllPortfolio(NewTable().Get()), platform::CComError);
+}
+
+TEST_F(PortfolioJoin, ASessionsStringIsBuiltOnceForAllWhoShowIt) {
+    const auto table = NewTable();
+    const auto rows = table.As<IDM_dmudfcom::ITableRows>();
+    // The fields of a portfolio.
+    CSelectPortfolioHelper(m_Database.Get()).SelectAllPortfolio(table.Get());
+    const auto exchange = static_cast<ULONG>(rows->FindColumn("EXCHANGE"));
+    const auto feed = static_cast<ULONG>(rows->FindColumn("DATA_FEED"));
+    for (int row = 0; row < 3; ++row) {
+        rows->AppendRow();
+        rows->PutInteger(exchange, 10);
+        rows->PutInteger(feed, 5);
+        rows->PutInteger(static_cast<ULONG>(rows->FindColumn("SETTING_TYPE")), 1);
+        rows->PutInteger(static_cast<ULONG>(rows->FindColumn("SESSION_TYPE")), row == 2 ? 2 : 1);
+        rows->PutInteger(static_cast<ULONG>(rows->FindColumn("TEMPLATE_SESSION")), 202);
+    }
+    const Exchanges exchanges{{10, {.Exchange = 10, .Setting = 100, .Session = 200}}};
+    const DataFeeds feeds{{5, {.DataFeed = 5}}};
+    const Settings settings{{100, {.Setting = 100}}};
+    const Sessions sessions{{200, {.Session = 200, .SessionsString = {"built before"}}}, {202, {.Session = 202}}};
+    CPortfolioRows(*rows, exchanges, feeds, settings, sessions).CompleteAll();
+    EXPECT_THAT(Column(table, L"SESSIONS_STRING"), ElementsAre(L"built before", L"built before", L"0:"));
+    EXPECT_EQ("0:", sessions.at(202).SessionsString.Text) << "and kept for the next one";
+}
+
+TEST_F(PortfolioJoin, ATableWithoutTheFieldsIsRefused) {
+    const auto rows = NewTable().As<IDM_dmudfcom::ITableRows>();
+    EXPECT_THROW(CPortfolioRows(*rows, {}, {}, {}, {}), platform::CComError);
+}
+
+// A storage that never opened its database.
+TEST(PortfolioWithoutDatabase, NothingIsSelectedAndNoCursorOpens) {
+    sqStorage::CStorage storage;
+    Recorder::Clear();
+    const auto table = NewTable();
+    EXPECT_EQ(0, storage.Open(0, NewRequest().Get(), table.Get()));
+    EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"m_Database"));
+    EXPECT_EQ(0, storage.Fetch(1, 0));
+    storage.Close(1);
+    EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"m_Database"));
+    storage.SelectPortfolio(0, nullptr, table.Get());
+    EXPECT_THAT(Recorder::Errors(), SizeIs(1));
+    EXPECT_THAT(FieldNames(table), IsEmpty());
+}
+
+TEST(PortfolioWithoutDatabase, ANullTableEndsASelectionInSilence) {
+    sqStorage::CStorage storage;
+    Recorder::Clear();
+    storage.SelectPortfolio(0, nullptr, nullptr);
+    storage.SelectPortfolio(0, NewRequest().Get(), nullptr);
+    EXPECT_THAT(Recorder::Errors(), IsEmpty());
+    EXPECT_THAT(Recorder::Asserts(), IsEmpty());
 }
 
 TEST_F(PortfolioJoin, DetailsKeepTheOrderInWhichTheyArrive) {
