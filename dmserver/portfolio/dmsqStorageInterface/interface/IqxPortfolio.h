@@ -1,8 +1,8 @@
 // Cursors over symbols, data feeds or custom futures: Advise opens one over the caller's table, Fetch pulls rows
 // into it a batch at a time, Unadvise ends it.
 //
-// A cursor holds the table and a database transaction until Unadvise. Each call answers E_POINTER without storage
-// and S_OK otherwise; an unknown Id delivers no rows.
+// A cursor holds the table and a database transaction until Unadvise. Each call answers E_POINTER without storage,
+// E_INVALIDARG for a null Id or Count, and S_OK otherwise; an unknown Id delivers no rows.
 #pragma once
 
 #include "dmserver/dmudfcom/interface/Carriers.h"
