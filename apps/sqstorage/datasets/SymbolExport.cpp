@@ -4,6 +4,7 @@
 #include "SymbolReferences.h"
 
 #include <algorithm>
+#include <compare>
 #include <fmt/format.h>
 #include <iterator>
 #include <numeric>
@@ -75,14 +76,15 @@ private:
 
     // By name, category and feed; equal ones by key.
     std::vector<ULONG> Sorted(const CSymbolTable& symbols) const {
+        const auto behindName = [&](ULONG row) {
+            return std::tuple(symbols.Category(row), std::string_view(m_References.FeedName(symbols.Feed(row))),
+                              symbols.Key(row));
+        };
         std::vector<ULONG> rows(symbols.Count());
         std::iota(rows.begin(), rows.end(), 0U);
         std::ranges::sort(rows, [&](ULONG left, ULONG right) {
-            const auto key = [&](ULONG row) {
-                return std::tuple(symbols.Name(row), symbols.Category(row),
-                                  std::string_view(m_References.FeedName(symbols.Feed(row))), symbols.Key(row));
-            };
-            return key(left) < key(right);
+            const auto order = symbols.Name(left) <=> symbols.Name(right);
+            return order != 0 ? order < 0 : behindName(left) < behindName(right);
         });
         return rows;
     }
