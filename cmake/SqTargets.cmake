@@ -63,10 +63,11 @@ function(sq_program name)
   target_link_libraries(${name} PRIVATE sq_warnings ${arg_LINKS})
 endfunction()
 
-# sq_test(<name> [ISOLATED] SOURCES ... LINKS ...)
-# One GoogleTest program. ISOLATED runs every test in a process of its own, for what is once per process.
+# sq_test(<name> [ISOLATED] [SHARDS <count>] SOURCES ... LINKS ...)
+# One GoogleTest program. ISOLATED runs every test in a process of its own, for what is once per process; SHARDS
+# deals the tests of a long program out to so many runs, which come first and side by side.
 function(sq_test name)
-  cmake_parse_arguments(arg "ISOLATED" "" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(arg "ISOLATED" "SHARDS" "SOURCES;LINKS" ${ARGN})
   if(NOT SQ_BUILD_TESTS)
     return()
   endif()
@@ -79,6 +80,13 @@ function(sq_test name)
   target_compile_options(${name} PRIVATE -O0)
   if(arg_ISOLATED)
     gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+  elseif(arg_SHARDS)
+    foreach(shard RANGE 1 ${arg_SHARDS})
+      math(EXPR index "${shard} - 1")
+      add_test(NAME ${name}_${shard} COMMAND ${name})
+      set_tests_properties(${name}_${shard} PROPERTIES TIMEOUT 600 COST 1000
+        ENVIRONMENT "GTEST_TOTAL_SHARDS=${arg_SHARDS};GTEST_SHARD_INDEX=${index}")
+    endforeach()
   else()
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 600)
