@@ -2,44 +2,24 @@
 
 #include "TestHelp.h"
 #include "diagnostics/interface/BugSlayer.h"
+#include "platform/tests/heap/HeapProbe.h"
 
-#include <cstdlib>
 #include <exception>
-#include <limits>
-#include <new>
 
 namespace {
-
-constexpr int Plenty = std::numeric_limits<int>::max();
 
 // How many allocations of this thread succeed from now on.
-thread_local int t_Left = Plenty;
+thread_local int t_Left = 0;
 thread_local bool t_Failed = false;
 
-void* Allocate(std::size_t size) noexcept {
-    if (t_Left == 0) {
-        t_Failed = true;
-        return nullptr;
-    }
-    if (t_Left != Plenty)
+bool Allows(std::size_t) {
+    if (t_Left > 0) {
         --t_Left;
-    return std::malloc(size == 0 ? 1 : size);
+        return true;
+    }
+    t_Failed = true;
+    return false;
 }
-
-} // namespace
-
-// The compiler inlines one half of the pair and then takes the other for a mismatch.
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-
-void* operator new(std::size_t size) {
-    if (void* const memory = Allocate(size))
-        return memory;
-    throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-
-namespace {
 
 using namespace BugSlayerUtil;
 using namespace TestHelp;
@@ -58,8 +38,10 @@ int RunShortOfMemory(Action&& action) {
     for (int available = 0;; ++available) {
         t_Failed = false;
         t_Left = available;
-        action();
-        t_Left = Plenty;
+        {
+            const HeapProbe::CJudged judged(Allows);
+            action();
+        }
         if (!t_Failed)
             return available;
     }

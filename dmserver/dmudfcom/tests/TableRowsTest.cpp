@@ -1,6 +1,6 @@
 // Moving rows in bulk, and what they cost.
-#include "HeapCount.h"
 #include "TableFixture.h"
+#include "platform/tests/heap/HeapProbe.h"
 
 #include <array>
 #include <numeric>
@@ -509,7 +509,7 @@ TEST_F(TableTest, ARowOfThePortfolioCostsNoMoreThanItsCellsAndATenth) {
                                  "EXPIRATION_DATE", "EXPIRED",       "EXPIRATION_RULE", "FIRST_NOTICE_DATE",
                                  "DELIVERY",        "EXCHANGE_GMT",  "LOCAL_GMT"};
     static_assert(std::size(repeated) + std::size(distinct) + std::size(reals) + std::size(whole) == 35);
-    const std::size_t before = HeapBytes();
+    const std::size_t before = HeapProbe::BytesInUse();
     m_Table = MakeTable();
     m_Rows = m_Table.As<ITableRows>();
     for (const auto names : {std::span<const char* const>(repeated), std::span<const char* const>(distinct),
@@ -533,7 +533,7 @@ TEST_F(TableTest, ARowOfThePortfolioCostsNoMoreThanItsCellsAndATenth) {
             m_Rows->PutInteger(column, row + column);
     }
     cells += ManyRows * (9.0 * 4 + 3 * 8 + 23 * 4);
-    const auto used = static_cast<double>(HeapBytes() - before);
+    const auto used = static_cast<double>(HeapProbe::BytesInUse() - before);
     EXPECT_LE(used, cells * 1.10);
     EXPECT_NEAR(static_cast<double>(m_Rows->MemoryUse()), used, used * 0.02);
     RecordProperty("bytes_per_row", static_cast<int>(used / ManyRows));
@@ -542,23 +542,23 @@ TEST_F(TableTest, ARowOfThePortfolioCostsNoMoreThanItsCellsAndATenth) {
 TEST_F(TableTest, AppendingTakesMemoryByTheChunkAndNotByTheRow) {
     AddField(L"A", EColumnType::Long);
     AddField(L"B", EColumnType::Double);
-    const std::size_t before = HeapAllocations();
+    const std::size_t before = HeapProbe::Allocations();
     for (ULONG row = 0; row < ManyRows; ++row) {
         m_Rows->AppendRow();
         m_Rows->PutInteger(0, row);
         m_Rows->PutReal(1, row);
     }
-    EXPECT_LT(HeapAllocations() - before, 2U * (ManyRows / 1024 + 30));
+    EXPECT_LT(HeapProbe::Allocations() - before, 2U * (ManyRows / 1024 + 30));
 }
 
 TEST_F(TableTest, ATableOfOneRowIsSmall) {
-    const std::size_t before = HeapBytes();
+    const std::size_t before = HeapProbe::BytesInUse();
     m_Table = MakeTable();
     m_Rows = m_Table.As<ITableRows>();
     m_Rows->AddColumn("DATA_FEED", EColumnType::Long);
     m_Rows->AppendRow();
     m_Rows->PutInteger(0, 1);
-    EXPECT_LT(HeapBytes() - before, 2048U);
+    EXPECT_LT(HeapProbe::BytesInUse() - before, 2048U);
 }
 
 TEST_F(TableTest, ATableClearedOfAFewRowsTakesNoMemoryForAsManyAgain) {
@@ -573,9 +573,9 @@ TEST_F(TableTest, ATableClearedOfAFewRowsTakesNoMemoryForAsManyAgain) {
     };
     fill(0);
     m_Table->Clear();
-    const std::size_t before = HeapAllocations();
+    const std::size_t before = HeapProbe::Allocations();
     fill(100);
-    EXPECT_EQ(HeapAllocations(), before);
+    EXPECT_EQ(HeapProbe::Allocations(), before);
     std::string scratch;
     EXPECT_EQ(m_Rows->RowCount(), 10U);
     EXPECT_EQ(m_Rows->Integer(9, 0), 109);
@@ -633,11 +633,11 @@ TEST_F(TableTest, ReadingThroughAHeldFieldTakesNoMemory) {
     m_Table->AddFieldById(fieldSymbol, 0, 0, 0);
     const auto field = FieldOf(*m_Table, fieldSymbol);
     AppendLong(*field, 3);
-    const std::size_t before = HeapAllocations();
+    const std::size_t before = HeapProbe::Allocations();
     LONG value = 0;
     for (LONG i = 0; i < 100; ++i)
         field->get_AsLong(&value);
-    EXPECT_EQ(HeapAllocations(), before);
+    EXPECT_EQ(HeapProbe::Allocations(), before);
     EXPECT_EQ(value, 3);
 }
 

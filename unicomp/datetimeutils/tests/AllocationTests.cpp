@@ -1,29 +1,10 @@
 // Nothing here may allocate when it succeeds. The program counts what passes through operator new.
 
+#include "platform/tests/heap/HeapProbe.h"
 #include "unicomp/TimeZoneHelper/interface/TziCodecs.h"
 #include "unicomp/datetimeutils/interface/DateTimeUtilsCore.h"
 
 #include <gtest/gtest.h>
-
-#include <atomic>
-#include <cstdlib>
-#include <new>
-
-namespace {
-std::atomic<std::size_t> Allocations{0};
-}
-
-// The compiler inlines one half of the pair and then takes the other for a mismatch.
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-
-void* operator new(std::size_t size) {
-    ++Allocations;
-    if (void* memory = std::malloc(size))
-        return memory;
-    throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 
@@ -31,9 +12,9 @@ using namespace dmDateTime;
 
 template <class Call>
 std::size_t AllocationsOf(Call&& call) {
-    const std::size_t before = Allocations;
+    const std::size_t before = HeapProbe::Allocations();
     call();
-    return Allocations - before;
+    return HeapProbe::Allocations() - before;
 }
 
 TEST(Allocation, TheCounterCounts) {

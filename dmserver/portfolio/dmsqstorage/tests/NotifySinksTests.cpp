@@ -7,31 +7,10 @@
 #include "diagnostics/tests/recorder/Recorder.h"
 #include "platform/com/com_error.h"
 #include "platform/message_queue.h"
+#include "platform/tests/heap/HeapProbe.h"
 #include "qxStorageBase.h"
 
-#include <cstdlib>
 #include <gmock/gmock.h>
-#include <limits>
-#include <new>
-
-namespace {
-
-// Allocations of this thread that are as large as this fail.
-thread_local std::size_t t_TooLarge = std::numeric_limits<std::size_t>::max();
-
-} // namespace
-
-// The compiler inlines one half of the pair and then takes the other for a mismatch.
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-
-void* operator new(std::size_t size) {
-    if (size < t_TooLarge)
-        if (void* const memory = std::malloc(size == 0 ? 1 : size))
-            return memory;
-    throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace tests {
 
@@ -63,12 +42,9 @@ Sinks MakeMany() {
 }
 
 // No memory for the growth of a list that holds MakeMany(), but for all else.
-class CLittleMemory {
+class CLittleMemory : HeapProbe::CJudged {
 public:
-    CLittleMemory() { t_TooLarge = 16 * 1024; }
-    ~CLittleMemory() { t_TooLarge = std::numeric_limits<std::size_t>::max(); }
-    CLittleMemory(const CLittleMemory&) = delete;
-    CLittleMemory& operator=(const CLittleMemory&) = delete;
+    CLittleMemory() : CJudged([](std::size_t size) { return size < 16 * 1024; }) {}
 };
 
 // Looks at the lists whenever it is counted, which a lock held meanwhile would not survive.

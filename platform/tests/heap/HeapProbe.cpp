@@ -1,4 +1,4 @@
-#include "HeapCount.h"
+#include "platform/tests/heap/HeapProbe.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -7,31 +7,35 @@
 
 namespace {
 
+// Before each block stands its size.
 constexpr std::size_t HeaderSize = alignof(std::max_align_t);
 std::atomic<std::size_t> Bytes{0};
-std::atomic<std::size_t> Allocations{0};
+std::atomic<std::size_t> Count{0};
+thread_local HeapProbe::Judge t_Judge = nullptr;
 
 void* TryTake(std::size_t size) noexcept {
-    void* block = std::malloc(size + HeaderSize);
+    if (t_Judge && !t_Judge(size))
+        return nullptr;
+    void* const block = std::malloc(size + HeaderSize);
     if (!block)
         return nullptr;
     std::memcpy(block, &size, sizeof(size));
     Bytes += size;
-    ++Allocations;
+    ++Count;
     return static_cast<std::byte*>(block) + HeaderSize;
 }
 
 void* Take(std::size_t size) {
-    if (void* pointer = TryTake(size))
+    if (void* const pointer = TryTake(size))
         return pointer;
     throw std::bad_alloc();
 }
 
-void Give(void* pointer) {
+void Give(void* pointer) noexcept {
     if (!pointer)
         return;
-    void* block = static_cast<std::byte*>(pointer) - HeaderSize;
-    std::size_t size;
+    void* const block = static_cast<std::byte*>(pointer) - HeaderSize;
+    std::size_t size = 0;
     std::memcpy(&size, block, sizeof(size));
     Bytes -= size;
     std::free(block);
@@ -50,9 +54,12 @@ void operator delete[](void* pointer, std::size_t) noexcept { Give(pointer); }
 void operator delete(void* pointer, const std::nothrow_t&) noexcept { Give(pointer); }
 void operator delete[](void* pointer, const std::nothrow_t&) noexcept { Give(pointer); }
 
-namespace dmudfcom_tests {
+namespace HeapProbe {
 
-std::size_t HeapBytes() { return Bytes; }
-std::size_t HeapAllocations() { return Allocations; }
+std::size_t BytesInUse() { return Bytes; }
+std::size_t Allocations() { return Count; }
 
-} // namespace dmudfcom_tests
+CJudged::CJudged(Judge judge) { t_Judge = judge; }
+CJudged::~CJudged() { t_Judge = nullptr; }
+
+} // namespace HeapProbe
