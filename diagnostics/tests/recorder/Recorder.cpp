@@ -415,6 +415,16 @@ int OpenRecords() { return g_OpenRecords; }
 
 int OpenRoots() { return g_OpenRoots; }
 
+bool Raises(const std::function<void()>& call) {
+    try {
+        call();
+    } catch (IDM_BugSlayerUtil::IDebugObject* error) {
+        error->Release();
+        return true;
+    }
+    return false;
+}
+
 } // namespace Recorder
 
 extern "C" HRESULT BS_InitObject(IDM_BugSlayerUtil::IDebugObject** object) { return Recorder::GiveRoot(object); }

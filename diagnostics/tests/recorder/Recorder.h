@@ -99,4 +99,7 @@ void SetRootValue(std::wstring_view name, std::wstring_view text);
 // References that anyone holds on root objects.
 [[nodiscard]] int OpenRoots();
 
+// Whether the call raises an error record; gives it up.
+[[nodiscard]] bool Raises(const std::function<void()>& call);
+
 } // namespace Recorder

@@ -170,21 +170,9 @@ TEST_F(ProcessSingleton, GetObjectDoesNotRaiseTheCount) {
     EXPECT_EQ(0, CProbe::Alive);
 }
 
-// What an error guard makes of whatever the call throws.
-template <class Call>
-bool Throws(Call&& call) {
-    try {
-        call();
-    } catch (IDM_BugSlayerUtil::IDebugObject* error) {
-        error->Release();
-        return true;
-    }
-    return false;
-}
-
 TEST_F(ProcessSingleton, AFailedFinalConstructIsRaisedUnderTwoTextsAndLeavesNothing) {
     CProbe::FailInFinalConstruct = true;
-    EXPECT_TRUE(Throws([] { Handle handle(false); }));
+    EXPECT_TRUE(Recorder::Raises([] { Handle handle(false); }));
     EXPECT_EQ(0, CProbe::Alive);
     EXPECT_FALSE(Handle(true).IsHeld());
     CProbe::FailInFinalConstruct = false;
@@ -206,7 +194,7 @@ TEST_F(ProcessSingleton, TheRaisedErrorsNameTheClass) {
 
 TEST_F(ProcessSingleton, AFailedConstructorLeavesNothing) {
     CProbe::FailInConstructor = true;
-    EXPECT_TRUE(Throws([] { Handle handle(false); }));
+    EXPECT_TRUE(Recorder::Raises([] { Handle handle(false); }));
     EXPECT_FALSE(Handle(true).IsHeld());
 }
 

@@ -362,7 +362,7 @@ TEST_F(SymbolInside, ACursorOnNoDatabaseIsReportedAndHasNoId) {
 
 TEST_F(SymbolInside, TheDictionarysDeleteHasNoGuardOfItsOwn) {
     (Storage().*MemberOf(SymbolDatabase{}))->Close();
-    EXPECT_ANY_THROW(Storage().DeleteDictionary(1));
+    EXPECT_THROW(Storage().DeleteDictionary(1), platform::CComError);
 }
 
 TEST_F(SymbolInside, SelectOfTheDictionaryWithoutARequestOrTableDoesNothing) {
