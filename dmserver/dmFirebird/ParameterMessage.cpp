@@ -39,7 +39,7 @@ std::size_t CountCharacters(std::string_view utf8) {
 } // namespace
 
 CParameterMessage::CParameterMessage(CStatus& status, const CPreparedStatement& statement, const ITableRows& table)
-    : m_Table(table) {
+    : m_Table(table), m_ColumnSet(table.ColumnSet()) {
     const std::span<const tagColumn> parameters = statement.Parameters();
     if (parameters.size() != table.ColumnCount())
         throw CDatabaseError(E_INVALIDARG, L"The statement has " + std::to_wstring(parameters.size()) +
@@ -109,6 +109,10 @@ void CParameterMessage::Declare(CStatus& status, Firebird::IMetadataBuilder& bui
 }
 
 void CParameterMessage::LoadRecord(ULONG record) {
+    if (m_Table.ColumnSet() != m_ColumnSet)
+        throw CDatabaseError(E_UNEXPECTED,
+                             L"The parameter table has been given other fields since the statement was "
+                             L"opened: open it again.");
     for (ULONG column = 0; column < m_Steps.size(); ++column) {
         const tagStep& step = m_Steps[column];
         const bool isNull = m_Table.IsNull(record, column);

@@ -17,7 +17,8 @@ public:
     // Raises CDatabaseError when the table has not as many fields as the statement has parameters.
     CParameterMessage(CStatus& status, const CPreparedStatement& statement, const IDM_dmudfcom::ITableRows& table);
 
-    // Makes Buffer hold the record. Raises CDatabaseError for a value that its parameter cannot take.
+    // Makes Buffer hold the record. Raises CDatabaseError for a value that its parameter cannot take, and after the
+    // table has been given other columns.
     void LoadRecord(ULONG record);
 
     Firebird::IMessageMetadata* Metadata() const { return m_Metadata.get(); }
@@ -43,6 +44,7 @@ private:
     std::wstring PlaceText(ULONG record, ULONG column) const;
 
     const IDM_dmudfcom::ITableRows& m_Table;
+    std::shared_ptr<const void> m_ColumnSet;
     CFbPtr<Firebird::IMessageMetadata> m_Metadata;
     std::vector<tagStep> m_Steps;
     std::vector<unsigned char> m_Buffer;

@@ -180,6 +180,9 @@ void CQuery::Fetch(LONG count, LONG& delivered) {
         throw CDatabaseError(E_INVALIDARG, L"A negative number of rows cannot be fetched: give 0 for all.");
     if (!m_Statement)
         return;
+    if (!m_Plan.IsOfTheTable())
+        throw CDatabaseError(E_UNEXPECTED, L"The result table has been given other fields since the statement was "
+                                           L"opened: open it again.");
     const LONG limit = count == AllRows ? std::numeric_limits<LONG>::max() : count;
     if (!m_IsKept) {
         if (AppendReadRows(limit, delivered))

@@ -75,7 +75,8 @@ std::string CBlobReader::Read(ISC_QUAD id) const {
     return content;
 }
 
-CResultPlan::CResultPlan(std::span<const tagColumn> columns, ITableRows& table) : m_Table(&table) {
+CResultPlan::CResultPlan(std::span<const tagColumn> columns, ITableRows& table)
+    : m_Table(&table), m_ColumnSet(table.ColumnSet()) {
     const bool isEmpty = table.ColumnCount() == 0;
     m_Cells.reserve(columns.size());
     LONG expected = 0;

@@ -34,6 +34,9 @@ public:
     // Raises CDatabaseError for a column of a type that no table can take. The table must outlive the plan.
     CResultPlan(std::span<const tagColumn> columns, IDM_dmudfcom::ITableRows& table);
 
+    // False after the table has been given other columns. Rows must not be appended then.
+    bool IsOfTheTable() const { return !m_Table || m_Table->ColumnSet() == m_ColumnSet; }
+
     // `row` is the engine's message.
     void AppendRow(const unsigned char* row, const CBlobReader& blobs) const;
 
@@ -71,6 +74,7 @@ private:
     void AppendValue(const tagStep& step, const unsigned char* value, const CBlobReader& blobs) const;
 
     IDM_dmudfcom::ITableRows* m_Table = nullptr;
+    std::shared_ptr<const void> m_ColumnSet;
     std::vector<IDM_dmudfcom::tagPackedCell> m_Cells;
     std::vector<tagStep> m_Steps;
 };

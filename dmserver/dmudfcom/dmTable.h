@@ -102,6 +102,7 @@ public:
     std::size_t MemoryUse() const override;
 
     std::shared_ptr<CTableStore> Store() const override { return m_Store; }
+    std::shared_ptr<const void> ColumnSet() const override { return m_Store; }
 
     // For the fields. The row that reads come from: of the key being given, of the record being appended, or of the
     // current record; NoRow when there is none.

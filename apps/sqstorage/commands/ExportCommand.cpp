@@ -25,7 +25,7 @@ written once, so that an export, imported into an empty store and exported
 again, gives the same bytes. HOLIDAY_END_DATE is a column only when a date has
 an end, VALUE5 to VALUE7 only when one of them is not 0. A row that could not be
 imported again, such as a date of a calendar that is gone, is left out with a
-warning. A session that has no name, or one that another has, gets a name of its
+warning, and with it what refers to it. A session that has no name, or one that another has, gets a name of its
 own, with a warning, too.
 
 Symbols are sorted by exchange, name, category and feed. Those of one exchange are
@@ -37,12 +37,11 @@ there are deleted ones.
 )";
 
 // The number of rows.
-std::int64_t ExportFile(CStore& store, const IDataset& dataset, const std::filesystem::path& file,
-                        const CConsole& console) {
+std::int64_t ExportFile(tagExportRun& run, const IDataset& dataset, const std::filesystem::path& file) {
     std::size_t count = 0;
     bool hasHeader = false;
     platform::WriteFileAtomically(file, [&](const platform::TakeBytes& take) {
-        dataset.ExportTo(store, console, [&](const tagRowSet& batch) {
+        dataset.ExportTo(run, [&](const tagRowSet& batch) {
             take(std::exchange(hasHeader, true) ? WriteCsvRows(batch) : WriteCsv(batch));
             count += batch.Rows.size();
         });
@@ -52,12 +51,13 @@ std::int64_t ExportFile(CStore& store, const IDataset& dataset, const std::files
 
 EExitStatus Export(const std::string& directory, const CConsole& console) {
     CStore store;
+    tagExportRun run{store, console, {}};
     const std::filesystem::path folder = platform::ToPath(platform::FromUtf8(directory));
     tagRowSet summary{{"FILE", "ROWS"}, {}};
     platform::CreateDirectories(folder);
     for (const IDataset* dataset : Datasets()) {
         const std::filesystem::path file = folder / (std::string(dataset->Name()) + ".csv");
-        summary.Rows.push_back({file.string(), ExportFile(store, *dataset, file, console)});
+        summary.Rows.push_back({file.string(), ExportFile(run, *dataset, file)});
     }
     console.Print(summary);
     return EExitStatus::Done;

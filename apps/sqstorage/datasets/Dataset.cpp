@@ -5,6 +5,14 @@
 
 namespace sqCli {
 
+void ISmallDataset::ExportTo(tagExportRun& run, const TakeRows& take) const {
+    const tagRowSet rows = Export(run.Store, run.Console);
+    std::set<std::string>& names = run.Written[Name()];
+    for (const auto& row : rows.Rows)
+        names.insert(TextOf(row.front()));
+    take(rows);
+}
+
 std::span<const IDataset* const> Datasets() {
     static const std::array datasets{&HolidaysDataset(),  &HolidayDatesDataset(), &SettingsDataset(),
                                      &FeedsDataset(),     &SessionsDataset(),     &SessionDetailsDataset(),

@@ -72,6 +72,19 @@ struct tagImportRun {
     }
 };
 
+// One export over all files.
+struct tagExportRun {
+    CStore& Store;
+    const CConsole& Console;
+    // By dataset, the names of the rows that are written: later files refer to no others.
+    std::map<std::string_view, std::set<std::string>> Written;
+
+    [[nodiscard]] bool IsWritten(std::string_view dataset, const std::string& name) const {
+        const auto names = Written.find(dataset);
+        return names != Written.end() && names->second.contains(name);
+    }
+};
+
 // One file of an import. `Problems` holds what is wrong so far; while there is something, nothing may be written.
 struct tagImportFile {
     std::string Label; // for messages
@@ -93,8 +106,8 @@ public:
     // a filter that names nothing.
     virtual void ListTo(CStore& store, const tagListFilter& filter, const TakeRows& take) const = 0;
     // The same, sorted, each row once, in the form in which Import takes it. A row that Import would refuse is left
-    // out with a warning.
-    virtual void ExportTo(CStore& store, const CConsole& console, const TakeRows& take) const = 0;
+    // out with a warning, and so is one that refers to a row left out before.
+    virtual void ExportTo(tagExportRun& run, const TakeRows& take) const = 0;
     // Tests all rows, and adds to the problems; only when there are none, writes what the store lacks.
     virtual tagImportCounts Import(tagImportRun& run, const tagImportFile& file) const = 0;
 
@@ -102,15 +115,13 @@ protected:
     ~IDataset() = default;
 };
 
-// A dataset of few rows, which all come at once.
+// A dataset of few rows, which all come at once. The first column of a named row is its name.
 class ISmallDataset : public IDataset {
 public:
     void ListTo(CStore& store, const tagListFilter& filter, const TakeRows& take) const final {
         take(List(store, filter));
     }
-    void ExportTo(CStore& store, const CConsole& console, const TakeRows& take) const final {
-        take(Export(store, console));
-    }
+    void ExportTo(tagExportRun& run, const TakeRows& take) const final;
 
 protected:
     ~ISmallDataset() = default;

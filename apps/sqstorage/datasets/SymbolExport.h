@@ -6,7 +6,8 @@
 
 namespace sqCli {
 
-// A symbol that an import would refuse is left out with a warning. Raises CStoreRefusal.
-void ExportSymbols(CStore& store, const CConsole& console, const TakeRows& take);
+// A symbol that an import would refuse is left out with a warning, and so is one whose exchange, feed or template is
+// left out; symbols of one exchange or feed have a warning together. Raises CStoreRefusal.
+void ExportSymbols(const tagExportRun& run, const TakeRows& take);
 
 } // namespace sqCli

@@ -78,9 +78,7 @@ public:
         batches.Finish();
     }
 
-    void ExportTo(CStore& store, const CConsole& console, const TakeRows& take) const override {
-        ExportSymbols(store, console, take);
-    }
+    void ExportTo(tagExportRun& run, const TakeRows& take) const override { ExportSymbols(run, take); }
 
     tagImportCounts Import(tagImportRun& run, const tagImportFile& file) const override {
         return ImportSymbols(run, file);

@@ -128,6 +128,23 @@ TEST_F(Parameters, SelectRunsForEachRecordAsItsRowsAreFetched) {
     EXPECT_EQ("a", result.Text(1, "NAME"));
 }
 
+TEST_F(Parameters, TableThatIsGivenOtherFieldsGivesNoMoreParameters) {
+    CTable table = Pairs();
+    table.Add({1, "a"}).Add({2, "b"});
+    Run(L"INSERT INTO T VALUES(?,?)", &table);
+    CTable keys({{"P", EColumnType::Long}});
+    keys.Add({1}).Add({2});
+    const auto query = NewQuery(Database());
+    ASSERT_EQ(S_OK, Open(*query, L"SELECT NAME FROM T WHERE ID=?", keys.Get()));
+    ASSERT_EQ(S_OK, keys.Carrier().Attach(&table.Carrier()));
+    LONG count = 0;
+    EXPECT_EQ(E_UNEXPECTED, query->Fetch(&count));
+    EXPECT_EQ(1, count) << "the row that Open has read";
+    EXPECT_THAT(Error(),
+                HasSubstr(L"The parameter table has been given other fields since the statement was opened: "
+                          L"open it again."));
+}
+
 TEST_F(Parameters, EveryTypeOfParameterIsWritten) {
     Run(L"CREATE TABLE U(S SMALLINT, I INTEGER, L BIGINT, F FLOAT, D DOUBLE PRECISION, N NUMERIC(18,4), DT DATE, "
         L"TM TIME, TS "

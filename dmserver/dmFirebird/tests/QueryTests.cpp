@@ -184,6 +184,33 @@ TEST_F(Query, FetchOfZeroDeliversAllThatIsLeft) {
     EXPECT_EQ(10U, table.Count());
 }
 
+TEST_F(Query, TableThatIsGivenOtherFieldsTakesNoMoreRows) {
+    MakeRows(10);
+    CTable table;
+    const CTable other({{"C", EColumnType::Short}});
+    const auto query = NewQuery(Database());
+    ASSERT_EQ(S_OK, Open(*query, L"SELECT A,B FROM T", nullptr, table.Get()));
+    EXPECT_EQ(2, Fetch(*query, 2));
+    ASSERT_EQ(S_OK, table.Carrier().Attach(&other.Carrier()));
+    LONG count = 2;
+    EXPECT_EQ(E_UNEXPECTED, query->Fetch(&count));
+    EXPECT_EQ(0, count);
+    EXPECT_THAT(Error(), HasSubstr(L"The result table has been given other fields since the statement was opened: "
+                                   L"open it again."));
+    EXPECT_EQ(0U, other.Count());
+}
+
+TEST_F(Query, TableThatSharesItsRecordsWithAnotherGoesOnTakingRows) {
+    MakeRows(10);
+    CTable table;
+    const CTable view;
+    const auto query = NewQuery(Database());
+    ASSERT_EQ(S_OK, Open(*query, L"SELECT A,B FROM T", nullptr, table.Get()));
+    ASSERT_EQ(S_OK, view.Carrier().Attach(&table.Carrier()));
+    EXPECT_EQ(10, Fetch(*query));
+    EXPECT_EQ(10U, view.Count());
+}
+
 TEST_F(Query, NegativeCountIsABadArgument) {
     const auto query = NewQuery(Database());
     ASSERT_EQ(S_OK, Open(*query, L"SELECT 1 AS A FROM RDB$DATABASE"));

@@ -6,7 +6,8 @@
 //
 // Ownership: texts handed in are copied; a text handed out stays good until the table changes.
 // Threads: as the table, one at a time.
-// Errors: an index outside the table, or a Put without AppendRow, is a caller's bug and is asserted. A value that
+// Errors: an index outside the table, or a Put without AppendRow, is a caller's bug and is asserted; whoever keeps
+// an index while others may exchange the columns asks for ColumnSet again before using it. A value that
 // does not fit the column becomes 0 (Field.h has the rules); so does one that GetIntegers cannot give as a LONG.
 // Raises std::bad_alloc, and std::length_error for a column whose texts pass 4 GB.
 #pragma once
@@ -15,6 +16,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -98,6 +100,9 @@ struct ITableRows : IUnknown {
     virtual void SetIntegers(ULONG column, ULONG first, std::span<const LONG> values) = 0;
     virtual void SetReals(ULONG column, ULONG first, std::span<const double> values) = 0;
     virtual void SetTexts(ULONG column, ULONG first, std::span<const tagSharedText* const> texts) = 0;
+    // Stands for the columns that the table has now. An index that was looked up is good while this is the same:
+    // Attach, and a table put in as bytes, bring other columns.
+    virtual std::shared_ptr<const void> ColumnSet() const = 0;
     // Bytes on the heap for the records, the fields and the indexes.
     virtual std::size_t MemoryUse() const = 0;
 

@@ -167,6 +167,20 @@ TEST_F(Cursors, ANegativeCountIsReportedAndDeliversNothing) {
     Unadvise(id);
 }
 
+TEST_F(Cursors, ATableThatIsGivenOtherFieldsIsReportedAndTakesNoMore) {
+    AddThree();
+    const auto table = NewTable();
+    const LONG id = Advise({}, table);
+    EXPECT_EQ(1, Fetch(id, 1));
+    const auto other = NewTable();
+    ASSERT_EQ(S_OK, other->AddFieldByName(CBstr(L"SYMBOL").Get(), 0, 0, 0));
+    ASSERT_EQ(S_OK, table->Attach(other.Get()));
+    EXPECT_EQ(0, Fetch(id, 1));
+    EXPECT_THAT(Recorder::Asserts(), SizeIs(1));
+    EXPECT_EQ(0, RecordCount(table));
+    Unadvise(id);
+}
+
 TEST_F(Cursors, ANullRequestOrTableOpensNothing) {
     LONG id = -1;
     EXPECT_EQ(S_OK, m_Portfolio->Advise(0, nullptr, NewTable().Get(), &id));

@@ -1,16 +1,15 @@
 // Where exceptions end: in the guard of the operation, or in that of the interface method.
 #include "DatabaseRequest.h"
-#include "HostFixture.h"
 #include "PrivateMember.h"
 #include "RefusedClass.h"
 #include "StatementText.h"
+#include "StorageFixture.h"
+#include "WatchedDatabase.h"
 #include "diagnostics/interface/CrashCatchers.h"
-#include "diagnostics/tests/recorder/Recorder.h"
 #include "platform/com/com_error.h"
 #include "qxStorageBase.h"
 
 #include <functional>
-#include <gmock/gmock.h>
 #include <stdexcept>
 #include <utility>
 
@@ -52,14 +51,25 @@ protected:
     Guards() {
         EXPECT_EQ(S_OK, m_Object->FinalConstruct());
         for (const wchar_t* table :
-             {L"HOLIDAYS", L"HOLIDAY_DETAILS", L"SETTINGS", L"DATA_FEEDS", L"EXCHANGES", L"CURRENCY"})
+             {L"HOLIDAYS", L"HOLIDAY_DETAILS", L"SETTINGS", L"DATA_FEEDS", L"EXCHANGES", L"SESSIONS", L"CURRENCY"})
             Sql(std::wstring(L"DELETE FROM ") + table);
         Recorder::Clear();
     }
     sqStorage::CStorage& Storage() { return *m_Holder.GetObject(); }
     // From now on every request on the database raises.
     void CloseDatabase() { (Storage().*MemberOf(Database{}))->Close(); }
+    // From now on a statement that begins so raises.
+    void BreakStatement(const std::wstring& beginning) {
+        m_Watch.BeforeStatement = [beginning](const std::wstring& statement) {
+            if (statement.starts_with(beginning))
+                throw std::runtime_error("broken");
+        };
+        auto& database = Storage().*MemberOf(Database{});
+        database = CComPtr<sqStorage::IdmDatabase>(
+            platform::MakeObject<CWatchedDatabase>(database, m_Watch).Get());
+    }
 
+    tagWatch m_Watch; // outlives the storage
     sqStorage::CStorageHolder m_Holder;
     const CComPtr<CqxStorageBase> m_Object = platform::MakeObject<CqxStorageBase>();
 };
@@ -193,6 +203,82 @@ TEST_F(Guards, AnExceptionInAnOperationOnFeedsExchangesAndSessionsIsReportedUnde
         call();
         EXPECT_THAT(Reporters(), ElementsAre(L"sqStorage::CStorage::" + name));
     }
+}
+
+// The checks within them report for themselves, and the operation goes on to what raises out of it.
+TEST_F(Guards, AnExceptionInWhatAnOperationCallsIsReportedThereAndThenUnderTheOperationsName) {
+    const std::wstring storage = L"sqStorage::CStorage::";
+    CloseDatabase();
+    EXPECT_EQ(0, Storage().DeleteSession(1));
+    EXPECT_THAT(Reporters(),
+                ElementsAre(storage + L"IsSessionTemplateUsed", storage + L"IsSessionTemplateUsed",
+                            storage + L"DeleteSessionDetails", storage + L"DeleteSession"));
+    Recorder::Clear();
+    Storage().UpdateExchange(1, L"x", L"x", 0, 1, 1, 0, L"x", L"0,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000");
+    EXPECT_THAT(Reporters(), ElementsAre(storage + L"SelectExchange", storage + L"UpdateExchange"));
+}
+
+TEST_F(Guards, AnExceptionInAnInsertIsReportedUnderItsNameAndGivesNoKey) {
+    BreakStatement(L"INSERT INTO ");
+    CBroadcastRecorder changes;
+    using Calls = std::vector<std::pair<std::wstring, std::function<LONG()>>>;
+    const Calls calls{
+        {L"InsertHoliday", [&] { return Storage().InsertHoliday(L"x"); }},
+        {L"InsertSetting", [&] { return Storage().InsertSetting(1, 1, 1, 1); }},
+        {L"InsertDataFeed", [&] { return Storage().InsertDataFeed(L"x", L"x", L"x", L"x", 0); }},
+        {L"InsertExchange",
+         [&] {
+             return Storage().InsertExchange(L"x", L"x", 0, 1, 1, 0, L"x",
+                                             L"0,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000");
+         }},
+        {L"InsertSession", [&] { return Storage().InsertSession(1, L"x", 0); }},
+    };
+    for (const auto& [name, call] : calls) {
+        Recorder::Clear();
+        EXPECT_EQ(0, call());
+        EXPECT_THAT(Reporters(), ElementsAre(L"sqStorage::CStorage::" + name));
+        EXPECT_THAT(Recorder::Errors(), ElementsAre(HasSubstr(L"broken")));
+    }
+    EXPECT_THAT(changes.Take(), IsEmpty());
+}
+
+TEST_F(Guards, ADeleteOfAnExchangeThatRaisesAnswersZeroAndAnnouncesNothing) {
+    Sql(L"INSERT INTO EXCHANGES (EXCHANGE,SETTING,SESSION) VALUES(5,20,30)");
+    Sql(L"INSERT INTO SETTINGS VALUES(20,1,1,1,1)");
+    Sql(L"INSERT INTO SESSIONS VALUES(30,1,'Day',0)");
+    BreakStatement(L"SELECT * FROM DELETE_EXCHANGE(");
+    CBroadcastRecorder changes;
+    LONG deleted = -1;
+    EXPECT_EQ(S_OK, m_Object->DeleteExchange(5, &deleted));
+    EXPECT_EQ(0, deleted);
+    EXPECT_THAT(Reporters(), ElementsAre(L"sqStorage::CStorage::DeleteExchange"));
+    EXPECT_THAT(Recorder::Errors(), ElementsAre(StartsWith(L"DeleteAnything: Open (stdexcept: \"broken\")")));
+    EXPECT_THAT(changes.Take(), IsEmpty());
+    EXPECT_THAT(Sql(L"SELECT E.EXCHANGE, T.SETTING, S.SESSION FROM EXCHANGES E, SETTINGS T, SESSIONS S"),
+                ElementsAre(Row{L"5", L"20", L"30"}));
+}
+
+TEST_F(Guards, ADeleteOfAFeedThatRaisesAnswersZeroAndAnnouncesNothing) {
+    Sql(L"INSERT INTO DATA_FEEDS VALUES(7,'Feed','x.dll','{C}',1,1,0,0,'X')");
+    BreakStatement(L"SELECT * FROM DELETE_DATA_FEED(");
+    CBroadcastRecorder changes;
+    LONG deleted = -1;
+    EXPECT_EQ(S_OK, m_Object->DeleteDataFeed(7, &deleted));
+    EXPECT_EQ(0, deleted);
+    EXPECT_THAT(Reporters(), ElementsAre(L"sqStorage::CStorage::DeleteDataFeed"));
+    EXPECT_THAT(Recorder::Errors(), ElementsAre(StartsWith(L"DeleteAnything: Open (stdexcept: \"broken\")")));
+    EXPECT_THAT(changes.Take(), IsEmpty());
+    EXPECT_THAT(Sql(L"SELECT DELETED FROM DATA_FEEDS"), ElementsAre(Row{L"0"}));
+}
+
+// Past the interface, which asks first whether it is there.
+TEST_F(Guards, AnUpdateOfAnExchangeThatIsGoneTellsTheDictionaryOfNoOldName) {
+    CBroadcastRecorder changes;
+    Storage().UpdateExchange(2000000000, L"XNYS", L"", 0, 1, 1, 0, L"",
+                             L"0,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000");
+    EXPECT_THAT(Recorder::Messages(), Contains(L"Exchange '' -> 'XNYS'"));
+    EXPECT_THAT(changes.Take(), ElementsAre(Change(0x4000, 0), Change(0x80, 0)));
+    EXPECT_THAT(Recorder::Asserts(), IsEmpty());
 }
 
 // They have no guard of their own, in neither layer.

@@ -1,6 +1,7 @@
 // The guards around keys, which no public method reaches yet, on a real database.
 #include "HostFixture.h"
 #include "IdGenerator.h"
+#include "RefusedClass.h"
 #include "StorageHolder.h"
 #include "diagnostics/tests/recorder/Recorder.h"
 
@@ -51,6 +52,25 @@ TEST_F(Keys, AProcedureThatGivesNoRowIsReportedAndGivesNoKey) {
     database->Close();
     EXPECT_EQ(0, generator.Generate());
     EXPECT_THAT(Recorder::Asserts(), Contains(L"RecordCount>0"));
+}
+
+TEST_F(Keys, AGeneratorWithoutATableReportsItOnceAndGivesNoKeys) {
+    const auto database = Host().OpenDatabase();
+    std::optional<sqStorage::CIdGenerator> generator;
+    {
+        const CRefusedClass refused(IDM_dmudfcom::CLSID_dmTable, E_OUTOFMEMORY);
+        generator.emplace(database.Get());
+    }
+    const auto records = Recorder::RecordsOf(L"ASSERT");
+    ASSERT_EQ(1U, records.size());
+    EXPECT_EQ(L"IdmTable", records[0].Description);
+    EXPECT_EQ(E_OUTOFMEMORY, records[0].Status);
+    Recorder::Clear();
+    EXPECT_EQ(0, generator->Generate());
+    EXPECT_EQ(0, generator->Generate());
+    EXPECT_THAT(Recorder::Asserts(), IsEmpty());
+    EXPECT_THAT(Recorder::Errors(), IsEmpty());
+    EXPECT_FALSE(Host().HasPrepared(L"SELECT * FROM GENERATE_ID(1)"));
 }
 
 TEST_F(Keys, AllComeFromOneTransactionThatEndsWithTheGenerator) {

@@ -358,6 +358,40 @@ TEST_F(Requests, TheStorageChecksWhatTheInterfaceLetsThrough) {
                                                  L"Holiday", L"Setting", L"Setting", L"Table", L"hn"));
 }
 
+// A check that did not end the call would be followed by that of the key, or of the database.
+TEST_F(Requests, OneMissingTextIsEnoughToLeaveAFeedOrAnExchangeAlone) {
+    sqStorage::CStorage storage;
+    const auto expectOnly = [](const wchar_t* text) {
+        EXPECT_THAT(Recorder::Asserts(), ElementsAre(text));
+        EXPECT_THAT(Recorder::Errors(), IsEmpty());
+        Recorder::Clear();
+    };
+    EXPECT_EQ(0, storage.InsertExchange(nullptr, L"x", 0, 1, 1, 0, L"x", L"x"));
+    expectOnly(L"n");
+    EXPECT_EQ(0, storage.InsertExchange(L"x", nullptr, 0, 1, 1, 0, L"x", L"x"));
+    expectOnly(L"desc");
+    EXPECT_EQ(0, storage.InsertExchange(L"x", L"x", 0, 1, 1, 0, nullptr, L"x"));
+    expectOnly(L"MapId");
+    EXPECT_EQ(0, storage.InsertExchange(L"x", L"x", 0, 1, 1, 0, L"x", nullptr));
+    expectOnly(L"TimeZoneInformation");
+    storage.UpdateExchange(0, L"x", L"x", 0, 1, 1, 0, L"x", L"x");
+    expectOnly(L"Exchange");
+    storage.UpdateExchange(1, nullptr, L"x", 0, 1, 1, 0, L"x", L"x");
+    expectOnly(L"ExchangeName");
+    storage.UpdateExchange(1, L"x", L"x", 0, 1, 1, 0, nullptr, L"x");
+    expectOnly(L"MapId");
+    storage.UpdateExchange(1, L"x", L"x", 0, 1, 1, 0, L"x", nullptr);
+    expectOnly(L"TimeZoneInformation");
+    storage.UpdateDataFeed(0, L"x", L"x", L"x", L"x", 0, 1);
+    expectOnly(L"DataFeed");
+    storage.UpdateDataFeed(1, nullptr, L"x", L"x", L"x", 0, 1);
+    expectOnly(L"DataFeedName");
+    storage.UpdateDataFeed(1, L"x", nullptr, L"x", L"x", 0, 1);
+    expectOnly(L"DataFeedShortName");
+    storage.UpdateDataFeed(1, L"x", L"x", L"x", nullptr, 0, 1);
+    expectOnly(L"CLSID");
+}
+
 TEST_F(Requests, TheStorageChecksFeedsExchangesAndSessionsToo) {
     sqStorage::CStorage storage;
     storage.SelectDataFeed(nullptr, nullptr);

@@ -1,10 +1,8 @@
 // What commits together and what does not, and what a database without keys comes to.
-#include "HostFixture.h"
-#include "diagnostics/tests/recorder/Recorder.h"
+#include "StorageFixture.h"
 #include "dmserver/dmudfcom/interface/FieldIds.h"
 #include "qxStorageBase.h"
 
-#include <gmock/gmock.h>
 #include <optional>
 
 namespace {
@@ -46,6 +44,16 @@ protected:
         CComPtr<IqxStorage> storage;
         EXPECT_EQ(S_OK, CqxStorageBase::Create(nullptr, platform::UuidOf<IqxStorage>, storage.PutVoid()));
         return storage;
+    }
+    // Exchange 5 with its setting and session.
+    static void WriteExchange() {
+        Sql(L"INSERT INTO EXCHANGES (EXCHANGE,SETTING,SESSION) VALUES(5,20,30)");
+        Sql(L"INSERT INTO SETTINGS VALUES(20,1,1,1,1)");
+        Sql(L"INSERT INTO SESSIONS VALUES(30,1,'Day',0)");
+    }
+    // The procedure with other statements.
+    static std::wstring Procedure(const std::wstring& head, const std::wstring& statements) {
+        return L"ALTER PROCEDURE " + head + L" AS BEGIN " + statements + L" END";
     }
     static std::vector<Row> Dates() {
         return Sql(L"SELECT HOLIDAY_START_DATE FROM HOLIDAY_DETAILS ORDER BY HOLIDAY_START_DATE");
@@ -98,9 +106,7 @@ TEST_F(Transactions, TheDetailsOfADeletedSessionStayDeletedWhenTheSessionIsRefus
 }
 
 TEST_F(Transactions, AnExchangeIsGoneAlthoughItsSettingIsRefused) {
-    Sql(L"INSERT INTO EXCHANGES (EXCHANGE,SETTING,SESSION) VALUES(5,20,30)");
-    Sql(L"INSERT INTO SETTINGS VALUES(20,1,1,1,1)");
-    Sql(L"INSERT INTO SESSIONS VALUES(30,1,'Day',0)");
+    WriteExchange();
     const CRedefinition refusal(Host(),
                                 L"CREATE TRIGGER REFUSE_DELETE FOR SETTINGS BEFORE DELETE AS BEGIN "
                                 L"EXCEPTION SESSION_NOT_PRESENTABLE 'refused'; END",
@@ -112,6 +118,69 @@ TEST_F(Transactions, AnExchangeIsGoneAlthoughItsSettingIsRefused) {
     EXPECT_THAT(Sql(L"SELECT EXCHANGE FROM EXCHANGES"), IsEmpty());
     EXPECT_THAT(Sql(L"SELECT SETTING FROM SETTINGS"), ElementsAre(Row{L"20"}));
     EXPECT_THAT(Sql(L"SELECT SESSION FROM SESSIONS"), IsEmpty());
+}
+
+// The database's refusal is no answer of the procedure, and without an answer the delete is taken for done.
+TEST_F(Transactions, AnExchangeThatTheDatabaseKeepsLosesItsSettingAndItsSession) {
+    WriteExchange();
+    const CRedefinition refusal(Host(),
+                                L"CREATE TRIGGER REFUSE_DELETE FOR EXCHANGES BEFORE DELETE AS BEGIN "
+                                L"EXCEPTION SESSION_NOT_PRESENTABLE 'refused'; END",
+                                L"DROP TRIGGER REFUSE_DELETE");
+    CBroadcastRecorder changes;
+    LONG deleted = -1;
+    EXPECT_EQ(S_OK, Create()->DeleteExchange(5, &deleted));
+    EXPECT_EQ(1, deleted);
+    EXPECT_THAT(Recorder::Asserts(), Contains(testing::HasSubstr(L"refused")));
+    EXPECT_THAT(Recorder::Errors(), IsEmpty());
+    EXPECT_THAT(changes.Take(),
+                ElementsAre(Change(0x20, 0), Change(0x200, 0), Change(0x100, 0), Change(0x80, 0)));
+    EXPECT_THAT(Sql(L"SELECT EXCHANGE,SETTING,SESSION FROM EXCHANGES"), ElementsAre(Row{L"5", L"20", L"30"}));
+    EXPECT_THAT(Sql(L"SELECT SETTING FROM SETTINGS"), IsEmpty());
+    EXPECT_THAT(Sql(L"SELECT SESSION FROM SESSIONS"), IsEmpty());
+}
+
+TEST_F(Transactions, AFeedThatTheDatabaseKeepsCountsAsDeletedAndIsAnnounced) {
+    Sql(L"INSERT INTO DATA_FEEDS VALUES(7,'Feed','x.dll','{C}',1,1,0,0,'X')");
+    const CRedefinition refusal(Host(),
+                                L"CREATE TRIGGER REFUSE_CHANGE FOR DATA_FEEDS BEFORE UPDATE AS BEGIN "
+                                L"EXCEPTION SESSION_NOT_PRESENTABLE 'refused'; END",
+                                L"DROP TRIGGER REFUSE_CHANGE");
+    CBroadcastRecorder changes;
+    LONG deleted = -1;
+    EXPECT_EQ(S_OK, Create()->DeleteDataFeed(7, &deleted));
+    EXPECT_EQ(1, deleted);
+    EXPECT_THAT(Recorder::Asserts(), Contains(testing::HasSubstr(L"refused")));
+    EXPECT_THAT(changes.Take(), ElementsAre(Change(0x40, 0)));
+    EXPECT_THAT(Sql(L"SELECT DELETED FROM DATA_FEEDS"), ElementsAre(Row{L"0"}));
+}
+
+TEST_F(Transactions, ADeletedExchangeOfWhichNoRowWasFoundTakesNothingWithIt) {
+    WriteExchange();
+    Sql(L"INSERT INTO SETTINGS VALUES(0,1,1,1,1)");
+    Sql(L"INSERT INTO SESSIONS VALUES(0,1,'Zero',0)");
+    const wchar_t* const head = L"DELETE_EXCHANGE (EXCHANGE_KEY INTEGER) RETURNS (DELETED INTEGER)";
+    // It says that it deleted, whatever there was.
+    const CRedefinition willing(
+        Host(), Procedure(head, L"DELETED = 1; SUSPEND;").c_str(),
+        Procedure(head, L"DELETED = 0; "
+                        L"IF (NOT EXISTS (SELECT 1 FROM PORTFOLIO WHERE EXCHANGE = :EXCHANGE_KEY) "
+                        L"AND NOT EXISTS (SELECT 1 FROM DICTIONARY WHERE EXCHANGE = :EXCHANGE_KEY) "
+                        L"AND NOT EXISTS (SELECT 1 FROM CUSTOM_FUTURES WHERE EXCHANGE = :EXCHANGE_KEY)) THEN BEGIN "
+                        L"DELETE FROM EXCHANGES WHERE EXCHANGE = :EXCHANGE_KEY; "
+                        L"IF (ROW_COUNT > 0) THEN DELETED = 1; END SUSPEND;"));
+    const auto storage = Create();
+    const sqStorage::CStorageHolder holder;
+    CBroadcastRecorder changes;
+    EXPECT_EQ(1, holder.GetObject()->DeleteExchange(6));
+    EXPECT_THAT(changes.Take(), ElementsAre(Change(0x80, 0)));
+    EXPECT_THAT(Recorder::Asserts(), IsEmpty());
+    EXPECT_THAT(Sql(L"SELECT SETTING FROM SETTINGS ORDER BY SETTING"), ElementsAre(Row{L"0"}, Row{L"20"}));
+    EXPECT_THAT(Sql(L"SELECT SESSION FROM SESSIONS ORDER BY SESSION"), ElementsAre(Row{L"0"}, Row{L"30"}));
+    // Of one that was found, both go, although the row itself stays.
+    EXPECT_EQ(1, holder.GetObject()->DeleteExchange(5));
+    EXPECT_THAT(Sql(L"SELECT SETTING FROM SETTINGS"), ElementsAre(Row{L"0"}));
+    EXPECT_THAT(Sql(L"SELECT SESSION FROM SESSIONS"), ElementsAre(Row{L"0"}));
 }
 
 TEST_F(Transactions, OneBadRecordOfABatchLeavesNoneOfIt) {
@@ -141,12 +210,9 @@ TEST_F(Transactions, OneBadRecordOfABatchLeavesNoneOfIt) {
 }
 
 TEST_F(Transactions, WithoutAKeyAnInsertAnswersFalseAndWritesNothing) {
-    const auto body = [](const wchar_t* statements) {
-        return L"ALTER PROCEDURE GENERATE_ID (STEP INTEGER) RETURNS (GENERATED_ID INTEGER) AS BEGIN " +
-               std::wstring(statements) + L" END";
-    };
-    const CRedefinition noKeys(Host(), body(L"IF (1 = 0) THEN SUSPEND;").c_str(),
-                               body(L"GENERATED_ID = GEN_ID(GLOBAL_KEY, :STEP); SUSPEND;"));
+    const wchar_t* const head = L"GENERATE_ID (STEP INTEGER) RETURNS (GENERATED_ID INTEGER)";
+    const CRedefinition noKeys(Host(), Procedure(head, L"IF (1 = 0) THEN SUSPEND;").c_str(),
+                               Procedure(head, L"GENERATED_ID = GEN_ID(GLOBAL_KEY, :STEP); SUSPEND;"));
     const auto storage = Create();
     Recorder::Clear();
     LONG holiday = -1;
