@@ -133,8 +133,7 @@ TEST_F(Transactions, AnExchangeThatTheDatabaseKeepsLosesItsSettingAndItsSession)
     EXPECT_EQ(1, deleted);
     EXPECT_THAT(Recorder::Asserts(), Contains(testing::HasSubstr(L"refused")));
     EXPECT_THAT(Recorder::Errors(), IsEmpty());
-    EXPECT_THAT(changes.Take(),
-                ElementsAre(Change(0x20, 0), Change(0x200, 0), Change(0x100, 0), Change(0x80, 0)));
+    EXPECT_THAT(changes.Take(), ElementsAre(Change(0x20, 0), Change(0x200, 0), Change(0x100, 0), Change(0x80, 0)));
     EXPECT_THAT(Sql(L"SELECT EXCHANGE,SETTING,SESSION FROM EXCHANGES"), ElementsAre(Row{L"5", L"20", L"30"}));
     EXPECT_THAT(Sql(L"SELECT SETTING FROM SETTINGS"), IsEmpty());
     EXPECT_THAT(Sql(L"SELECT SESSION FROM SESSIONS"), IsEmpty());
