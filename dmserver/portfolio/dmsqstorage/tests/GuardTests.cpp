@@ -65,8 +65,7 @@ protected:
                 throw std::runtime_error("broken");
         };
         auto& database = Storage().*MemberOf(Database{});
-        database = CComPtr<sqStorage::IdmDatabase>(
-            platform::MakeObject<CWatchedDatabase>(database, m_Watch).Get());
+        database = CComPtr<sqStorage::IdmDatabase>(platform::MakeObject<CWatchedDatabase>(database, m_Watch).Get());
     }
 
     tagWatch m_Watch; // outlives the storage
@@ -210,9 +209,8 @@ TEST_F(Guards, AnExceptionInWhatAnOperationCallsIsReportedThereAndThenUnderTheOp
     const std::wstring storage = L"sqStorage::CStorage::";
     CloseDatabase();
     EXPECT_EQ(0, Storage().DeleteSession(1));
-    EXPECT_THAT(Reporters(),
-                ElementsAre(storage + L"IsSessionTemplateUsed", storage + L"IsSessionTemplateUsed",
-                            storage + L"DeleteSessionDetails", storage + L"DeleteSession"));
+    EXPECT_THAT(Reporters(), ElementsAre(storage + L"IsSessionTemplateUsed", storage + L"IsSessionTemplateUsed",
+                                         storage + L"DeleteSessionDetails", storage + L"DeleteSession"));
     Recorder::Clear();
     Storage().UpdateExchange(1, L"x", L"x", 0, 1, 1, 0, L"x", L"0,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000");
     EXPECT_THAT(Reporters(), ElementsAre(storage + L"SelectExchange", storage + L"UpdateExchange"));
