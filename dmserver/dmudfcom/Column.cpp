@@ -211,12 +211,7 @@ void CColumn::StoreText(Row row, std::string_view text) {
     if (row < m_Size && !IsNull(row))
         m_Replaced += m_Pool->At(Load<CTextPool::Handle>(row)).size();
     Store(row, m_Pool->Add(text));
-    if (IsWorthCompacting()) [[unlikely]]
-        CompactTexts();
-}
-
-bool CColumn::IsWorthCompacting() const {
-    return m_Replaced > m_Pool->Bytes() / 2 && m_Pool->Bytes() > 2 * m_Compacted + CompactFrom;
+    CompactIfWorthIt();
 }
 
 void CColumn::GetIntegers(Row first, std::span<LONG> values) const {
@@ -320,16 +315,25 @@ void CColumn::SetTexts(Row first, std::span<const tagSharedText* const> texts) {
             std::memcpy(cells + i * sizeof(CTextPool::Handle), &texts[offset + i]->Handle,
                         sizeof(CTextPool::Handle));
     });
-    if (IsWorthCompacting()) [[unlikely]]
+    CompactIfWorthIt();
+}
+
+// Texts that were written over, or whose record is gone, are still in the pool.
+void CColumn::CompactIfWorthIt() {
+    if (m_Pool && m_Replaced > m_Pool->Bytes() / 2 && m_Pool->Bytes() > 2 * m_Compacted + CompactFrom) [[unlikely]]
         CompactTexts();
 }
 
-// Texts that were written over are still in the pool: leave them behind.
+// The cells change when all of it has gone well.
 void CColumn::CompactTexts() {
     auto packed = std::make_unique<CTextPool>();
+    std::vector<CTextPool::Handle> handles(m_Size);
     for (Row row = 0; row < m_Size; ++row)
         if (!IsNull(row))
-            Store(row, packed->Add(m_Pool->At(Load<CTextPool::Handle>(row))));
+            handles[row] = packed->Add(m_Pool->At(Load<CTextPool::Handle>(row)));
+    for (Row row = 0; row < m_Size; ++row)
+        if (!IsNull(row))
+            Store(row, handles[row]);
     m_Pool = std::move(packed);
     m_Compacted = m_Pool->Bytes();
     m_Replaced = 0;
@@ -338,9 +342,10 @@ void CColumn::CompactTexts() {
 void CColumn::SetNull(Row row) {
     if (row >= m_Size)
         return;
-    if (m_Type == EColumnType::Text && !IsNull(row))
+    if (m_Pool && !IsNull(row))
         m_Replaced += m_Pool->At(Load<CTextPool::Handle>(row)).size();
     MarkNull(row);
+    CompactIfWorthIt();
 }
 
 void CColumn::MarkNull(Row row) {
@@ -420,6 +425,7 @@ void CColumn::Truncate(Row size) {
     for (Row row = size; m_Pool && row < m_Size; ++row)
         m_Replaced += Text(row, scratch).size();
     m_Size = std::min(m_Size, size);
+    CompactIfWorthIt();
 }
 
 // A table that is filled again and again with a few rows takes its memory once.

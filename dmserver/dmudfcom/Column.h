@@ -130,7 +130,7 @@ private:
     void MarkNull(Row row);
     void ClearNulls(Row first, Row count);
     void StoreText(Row row, std::string_view text);
-    bool IsWorthCompacting() const;
+    void CompactIfWorthIt();
     void CompactTexts();
     int CompareValues(Row left, Row right) const;
 
