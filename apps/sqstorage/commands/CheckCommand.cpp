@@ -1,5 +1,6 @@
 // check: health and consistency of the store.
 #include "Command.h"
+#include "CommandOptions.h"
 #include "apps/sqstorage/store/Connection.h"
 #include "apps/sqstorage/store/DataFeeds.h"
 #include "apps/sqstorage/store/DatabaseReport.h"
@@ -13,7 +14,6 @@
 #include "platform/text.h"
 #include "schema/interface/Schema.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
 #include <map>
@@ -241,9 +241,8 @@ EExitStatus Check(const CConsole& console) {
 } // namespace
 
 void AddCheckCommand(CLI::App& program, Action& chosen) {
-    CLI::App* command = program.add_subcommand("check", "Look at the health and consistency of the store");
-    command->footer(Manual);
-    command->callback([&chosen] { chosen = Check; });
+    CCommandOptions command(program, "check", "Look at the health and consistency of the store", Manual);
+    command.Does(chosen, Check);
 }
 
 } // namespace sqCli

@@ -1,5 +1,6 @@
 // create: the database with its schema, and the registry entries that lead to it.
 #include "Command.h"
+#include "CommandOptions.h"
 #include "apps/sqstorage/store/Connection.h"
 #include "apps/sqstorage/store/StoreFailure.h"
 #include "platform/com/com_error.h"
@@ -9,7 +10,6 @@
 #include "unicomp/ProductLocation/interface/ModuleVersionInfo.h"
 #include "unicomp/ProductLocation/interface/ProductPath.h"
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <memory>
 #include <string>
@@ -155,27 +155,19 @@ EExitStatus Create(const tagCreateOptions& options, const CConsole& console) {
 
 void AddCreateCommand(CLI::App& program, Action& chosen) {
     const auto options = std::make_shared<tagCreateOptions>();
-    CLI::App* command =
-        program.add_subcommand("create", "Make the database and the registry entries that lead to it");
-    command->footer(Manual);
-    command
-        ->add_option("--database", options->Database,
-                     "Where the database is to be. Default: Databases/Portfolio.fdb in the data folder of the "
-                     "product, ~/.local/share/sqStorage/sqStorage")
-        ->type_name("PATH");
-    command->add_option("--user", options->User, "Database user. Default: SYSDBA")->type_name("NAME");
-    command->add_option("--password", options->Password, "Password of the user. Default: masterkey")
-        ->type_name("TEXT");
-    command
-        ->add_option("--dictionary", options->Dictionary,
-                     "The dictionary file of root settings. Default: Databases/Dictionary.csv in the data folder")
-        ->type_name("PATH");
-    command->add_option("--host", options->Hosts, "Write the entries for this host program, too; may be repeated")
-        ->type_name("COMPANY/PRODUCT")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    command->callback(
-        [options, &chosen] { chosen = [options](const CConsole& console) { return Create(*options, console); }; });
+    CCommandOptions command(program, "create", "Make the database and the registry entries that lead to it",
+                            Manual);
+    command.Option(
+        "--database", options->Database, "PATH",
+        "Where the database is to be. Default: Databases/Portfolio.fdb in the data folder of the product, "
+        "~/.local/share/sqStorage/sqStorage");
+    command.Option("--user", options->User, "NAME", "Database user. Default: SYSDBA");
+    command.Option("--password", options->Password, "TEXT", "Password of the user. Default: masterkey");
+    command.Option("--dictionary", options->Dictionary, "PATH",
+                   "The dictionary file of root settings. Default: Databases/Dictionary.csv in the data folder");
+    command.Options("--host", options->Hosts, "COMPANY/PRODUCT",
+                    "Write the entries for this host program, too; may be repeated");
+    command.Does(chosen, [options](const CConsole& console) { return Create(*options, console); });
 }
 
 } // namespace sqCli

@@ -1,11 +1,11 @@
 // export: the store's reference data as the CSV files that import takes.
 #include "Command.h"
+#include "CommandOptions.h"
 #include "apps/sqstorage/datasets/Dataset.h"
 #include "apps/sqstorage/rows/Csv.h"
 #include "platform/file.h"
 #include "platform/text.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 #include <utility>
@@ -67,12 +67,9 @@ EExitStatus Export(const std::string& directory, const CConsole& console) {
 
 void AddExportCommand(CLI::App& program, Action& chosen) {
     const auto directory = std::make_shared<std::string>();
-    CLI::App* command = program.add_subcommand("export", "Write the store's reference data as CSV files");
-    command->footer(Manual);
-    command->add_option("DIR", *directory, "Where the files go")->required();
-    command->callback([directory, &chosen] {
-        chosen = [directory](const CConsole& console) { return Export(*directory, console); };
-    });
+    CCommandOptions command(program, "export", "Write the store's reference data as CSV files", Manual);
+    command.Argument("DIR", *directory, "Where the files go");
+    command.Does(chosen, [directory](const CConsole& console) { return Export(*directory, console); });
 }
 
 } // namespace sqCli

@@ -1,6 +1,7 @@
 // import: CSV files into the store.
 #include "ChangeLines.h"
 #include "Command.h"
+#include "CommandOptions.h"
 #include "apps/sqstorage/datasets/ImportFiles.h"
 #include "apps/sqstorage/store/ChangeKinds.h"
 #include "apps/sqstorage/store/ChangeWatch.h"
@@ -8,7 +9,6 @@
 #include "apps/sqstorage/store/StoreFailure.h"
 #include "platform/com/com_error.h"
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <memory>
 #include <optional>
@@ -161,16 +161,13 @@ EExitStatus Import(const tagImportArguments& arguments, const CConsole& console)
 
 void AddImportCommand(CLI::App& program, Action& chosen) {
     const auto arguments = std::make_shared<tagImportArguments>();
-    CLI::App* command = program.add_subcommand("import", "Bring CSV files into the store");
-    command->footer(Manual);
-    command->add_option("PATH", arguments->Paths, "CSV files, or directories of them")->required();
-    command->add_flag("--dry-run", arguments->Options.DryRun, "Test everything, write nothing");
-    command->add_flag("--batch", arguments->Batch, "Hand rows to the store in batches where it takes them so");
-    command->add_flag("--update", arguments->Options.Update, "Change rows that differ to what the file says");
-    command->add_flag("--watch", arguments->Watch, "Show the changes as they are made");
-    command->callback([arguments, &chosen] {
-        chosen = [arguments](const CConsole& console) { return Import(*arguments, console); };
-    });
+    CCommandOptions command(program, "import", "Bring CSV files into the store", Manual);
+    command.Arguments("PATH", arguments->Paths, "CSV files, or directories of them");
+    command.Flag("--dry-run", arguments->Options.DryRun, "Test everything, write nothing");
+    command.Flag("--batch", arguments->Batch, "Hand rows to the store in batches where it takes them so");
+    command.Flag("--update", arguments->Options.Update, "Change rows that differ to what the file says");
+    command.Flag("--watch", arguments->Watch, "Show the changes as they are made");
+    command.Does(chosen, [arguments](const CConsole& console) { return Import(*arguments, console); });
 }
 
 } // namespace sqCli

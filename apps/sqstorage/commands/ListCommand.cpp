@@ -1,11 +1,11 @@
 // list: rows of the store.
 #include "Command.h"
+#include "CommandOptions.h"
 #include "apps/sqstorage/RowPrinter.h"
 #include "apps/sqstorage/datasets/Dataset.h"
 #include "apps/sqstorage/datasets/TextRules.h"
 #include "apps/sqstorage/rows/Numbers.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
 #include <limits>
@@ -151,22 +151,18 @@ EExitStatus List(const tagListArguments& arguments, const CConsole& console) {
 
 void AddListCommand(CLI::App& program, Action& chosen) {
     const auto arguments = std::make_shared<tagListArguments>();
-    CLI::App* command = program.add_subcommand("list", "Show rows of the store");
-    command->footer(Manual);
-    command->add_option("WHAT", arguments->What, DatasetNames())->required();
-    command->add_option("--calendar", arguments->Calendar, "Only dates of this calendar")->type_name("NAME");
-    command->add_option("--session", arguments->Session, "Only details of this session")->type_name("NAME");
-    command->add_option("--from", arguments->From, "Only dates on or after this day")->type_name("DATE");
-    command->add_option("--to", arguments->To, "Only dates on or before this day")->type_name("DATE");
-    command->add_option("--feed", arguments->Feed, "Only symbols of this feed")->type_name("NAME");
-    command->add_option("--exchange", arguments->Exchange, "Only symbols of this exchange")->type_name("NAME");
-    command->add_option("--category", arguments->Category, "Only symbols of this category")->type_name("NUMBER");
-    command->add_option("--name", arguments->Name, "Only symbols whose name begins so")->type_name("PREFIX");
-    command->add_option("--description", arguments->Description, "Only symbols whose description begins so")
-        ->type_name("PREFIX");
-    command->callback([arguments, &chosen] {
-        chosen = [arguments](const CConsole& console) { return List(*arguments, console); };
-    });
+    CCommandOptions command(program, "list", "Show rows of the store", Manual);
+    command.Argument("WHAT", arguments->What, DatasetNames());
+    command.Option("--calendar", arguments->Calendar, "NAME", "Only dates of this calendar");
+    command.Option("--session", arguments->Session, "NAME", "Only details of this session");
+    command.Option("--from", arguments->From, "DATE", "Only dates on or after this day");
+    command.Option("--to", arguments->To, "DATE", "Only dates on or before this day");
+    command.Option("--feed", arguments->Feed, "NAME", "Only symbols of this feed");
+    command.Option("--exchange", arguments->Exchange, "NAME", "Only symbols of this exchange");
+    command.Option("--category", arguments->Category, "NUMBER", "Only symbols of this category");
+    command.Option("--name", arguments->Name, "PREFIX", "Only symbols whose name begins so");
+    command.Option("--description", arguments->Description, "PREFIX", "Only symbols whose description begins so");
+    command.Does(chosen, [arguments](const CConsole& console) { return List(*arguments, console); });
 }
 
 } // namespace sqCli

@@ -1,11 +1,11 @@
 // symbol: one symbol, resolved, with where each value comes from.
 #include "Command.h"
+#include "CommandOptions.h"
 #include "apps/sqstorage/rows/TextTable.h"
 #include "apps/sqstorage/store/DataFeeds.h"
 #include "apps/sqstorage/symbol/SymbolReport.h"
 #include "apps/sqstorage/symbol/SymbolSearch.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
 #include <memory>
@@ -135,13 +135,10 @@ EExitStatus Symbol(const tagSymbolArguments& arguments, const CConsole& console)
 
 void AddSymbolCommand(CLI::App& program, Action& chosen) {
     const auto arguments = std::make_shared<tagSymbolArguments>();
-    CLI::App* command = program.add_subcommand("symbol", "Show everything about one symbol");
-    command->footer(Manual);
-    command->add_option("NAME", arguments->Name, "The symbol's name")->required();
-    command->add_option("--feed", arguments->Feed, "The feed that has it")->type_name("NAME")->required();
-    command->callback([arguments, &chosen] {
-        chosen = [arguments](const CConsole& console) { return Symbol(*arguments, console); };
-    });
+    CCommandOptions command(program, "symbol", "Show everything about one symbol", Manual);
+    command.Argument("NAME", arguments->Name, "The symbol's name");
+    command.RequiredOption("--feed", arguments->Feed, "NAME", "The feed that has it");
+    command.Does(chosen, [arguments](const CConsole& console) { return Symbol(*arguments, console); });
 }
 
 } // namespace sqCli

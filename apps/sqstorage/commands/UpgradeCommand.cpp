@@ -1,10 +1,10 @@
 // upgrade: a database of an older version of this program.
 #include "Command.h"
+#include "CommandOptions.h"
 #include "apps/sqstorage/store/Connection.h"
 #include "apps/sqstorage/store/StoreFailure.h"
 #include "platform/com/com_error.h"
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 namespace sqCli {
@@ -33,9 +33,8 @@ EExitStatus Upgrade(const CConsole& console) {
 } // namespace
 
 void AddUpgradeCommand(CLI::App& program, Action& chosen) {
-    CLI::App* command = program.add_subcommand("upgrade", "Bring the database up to this version of the program");
-    command->footer(Manual);
-    command->callback([&chosen] { chosen = Upgrade; });
+    CCommandOptions command(program, "upgrade", "Bring the database up to this version of the program", Manual);
+    command.Does(chosen, Upgrade);
 }
 
 } // namespace sqCli

@@ -1,11 +1,11 @@
 // watch: changes as they come.
 #include "ChangeLines.h"
 #include "Command.h"
+#include "CommandOptions.h"
 #include "apps/sqstorage/store/ChangeKinds.h"
 #include "apps/sqstorage/store/ChangeWatch.h"
 #include "platform/interrupt.h"
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <memory>
 #include <string>
@@ -58,11 +58,9 @@ EExitStatus Watch(const std::string& kinds, const CConsole& console) {
 
 void AddWatchCommand(CLI::App& program, Action& chosen) {
     const auto mask = std::make_shared<std::string>();
-    CLI::App* command = program.add_subcommand("watch", "Show changes as they come");
-    command->footer(fmt::format(Manual, KindsText()));
-    command->add_option("--mask", *mask, "Only these kinds of change. Default: all")->type_name("BITS");
-    command->callback(
-        [mask, &chosen] { chosen = [mask](const CConsole& console) { return Watch(*mask, console); }; });
+    CCommandOptions command(program, "watch", "Show changes as they come", fmt::format(Manual, KindsText()));
+    command.Option("--mask", *mask, "BITS", "Only these kinds of change. Default: all");
+    command.Does(chosen, [mask](const CConsole& console) { return Watch(*mask, console); });
 }
 
 } // namespace sqCli

@@ -1,5 +1,6 @@
 // week: the trading week of an exchange's session, drawn.
 #include "Command.h"
+#include "CommandOptions.h"
 #include "apps/sqstorage/datasets/ZoneRules.h"
 #include "apps/sqstorage/rows/Numbers.h"
 #include "apps/sqstorage/rows/TextTable.h"
@@ -12,7 +13,6 @@
 #include "platform/local_time_zone.h"
 #include "platform/terminal.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
 #include <memory>
@@ -202,16 +202,12 @@ EExitStatus Week(const tagWeekArguments& arguments, const CConsole& console) {
 
 void AddWeekCommand(CLI::App& program, Action& chosen) {
     const auto arguments = std::make_shared<tagWeekArguments>();
-    CLI::App* command = program.add_subcommand("week", "Draw the trading week of an exchange");
-    command->footer(Manual);
-    command->add_option("EXCHANGE", arguments->Exchange, "The exchange's name")->required();
-    command->add_option("--zone", arguments->Zone, "Whose clock the times are on. Default: exchange")
-        ->type_name("exchange|local|utc")
-        ->transform(CLI::IsMember({"exchange", "local", "utc"}).description(""));
-    command->add_option("--date", arguments->Date, "A day of the week to draw. Default: today")->type_name("DATE");
-    command->callback([arguments, &chosen] {
-        chosen = [arguments](const CConsole& console) { return Week(*arguments, console); };
-    });
+    CCommandOptions command(program, "week", "Draw the trading week of an exchange", Manual);
+    command.Argument("EXCHANGE", arguments->Exchange, "The exchange's name");
+    command.Choice("--zone", arguments->Zone, "exchange|local|utc",
+                   "Whose clock the times are on. Default: exchange");
+    command.Option("--date", arguments->Date, "DATE", "A day of the week to draw. Default: today");
+    command.Does(chosen, [arguments](const CConsole& console) { return Week(*arguments, console); });
 }
 
 } // namespace sqCli

@@ -1,0 +1,58 @@
+#include "CommandOptions.h"
+
+#include <CLI/CLI.hpp>
+#include <utility>
+
+namespace sqCli {
+
+CCommandOptions::CCommandOptions(CLI::App& program, const char* name, const char* summary,
+                                 const std::string& manual)
+    : m_Command(*program.add_subcommand(name, summary)) {
+    m_Command.footer(manual);
+}
+
+void CCommandOptions::Argument(const char* name, std::string& value, const std::string& help) {
+    m_Command.add_option(name, value, help)->required();
+}
+
+void CCommandOptions::Arguments(const char* name, std::vector<std::string>& values, const char* help) {
+    m_Command.add_option(name, values, help)->required();
+}
+
+void CCommandOptions::Flag(const char* name, bool& value, const char* help) {
+    m_Command.add_flag(name, value, help);
+}
+
+void CCommandOptions::Option(const char* name, std::string& value, const char* placeholder, const char* help) {
+    m_Command.add_option(name, value, help)->type_name(placeholder);
+}
+
+void CCommandOptions::Option(const char* name, std::optional<std::string>& value, const char* placeholder,
+                             const char* help) {
+    m_Command.add_option(name, value, help)->type_name(placeholder);
+}
+
+void CCommandOptions::RequiredOption(const char* name, std::string& value, const char* placeholder,
+                                     const char* help) {
+    m_Command.add_option(name, value, help)->type_name(placeholder)->required();
+}
+
+void CCommandOptions::Options(const char* name, std::vector<std::string>& values, const char* placeholder,
+                              const char* help) {
+    m_Command.add_option(name, values, help)
+        ->type_name(placeholder)
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void CCommandOptions::Choice(const char* name, std::string& value, const std::string& words, const char* help) {
+    m_Command.add_option(name, value, help)
+        ->type_name(words)
+        ->transform(CLI::IsMember(CLI::detail::split(words, '|')).description(""));
+}
+
+void CCommandOptions::Does(Action& chosen, Action action) {
+    m_Command.callback([&chosen, action = std::move(action)] { chosen = action; });
+}
+
+} // namespace sqCli
