@@ -96,9 +96,9 @@ void GetDataFeedSql(IdmRequest* Request, wchar_t* Sql, int SqlSize) {
     std::wstring text = L"SELECT DATA_FEED, DATA_FEED_NAME, DATA_FEED_SHORT_NAME, DATA_FEED_DLL_NAME, CLSID, "
                         L"ACTIVATED AS \"ACTIVE\", DELETED FROM DATA_FEEDS WHERE ";
     if (Datafeed == 0)
-        text += fmt::sprintf(L"%sDELETED=0", ActiveOnly ? L"ACTIVATED=1 AND " : L"");
+        text += FormatText(L"%sDELETED=0", ActiveOnly ? L"ACTIVATED=1 AND " : L"");
     else
-        text += fmt::sprintf(L"DATA_FEED=%d AND ACTIVATED=1 AND DELETED=0", Datafeed);
+        text += FormatText(L"DATA_FEED=%d AND ACTIVATED=1 AND DELETED=0", Datafeed);
     detail::CopyTruncated(text, Sql, static_cast<std::size_t>(SqlSize));
 }
 
@@ -120,7 +120,7 @@ void SelectSymbol(LONG Mode, IdmRequest* Request, wchar_t* Sql, int SqlSize, con
             : L"SELECT P.SYMBOL,P.SYMBOL_NAME,P.CATEGORY,P.DESCRIPTION,CAST(P.STRIKE_PRICE AS FLOAT) AS "
               L"STRIKE_PRICE,CAST(P.STRIKE_PRICE AS VARCHAR(32)) AS STRIKE_PRICE_NAME,P.CALL_PUT,P.EXPIRATION_DATE,"
               L"E.EXCHANGE_NAME FROM %s P, EXCHANGES E, DATA_FEEDS D%s";
-    const std::wstring text = fmt::sprintf(columns, TableName, MakeClause(*Request, Mode).Text());
+    const std::wstring text = FormatText(columns, TableName, MakeClause(*Request, Mode).Text());
     detail::CopyTruncated(text, Sql, static_cast<std::size_t>(SqlSize));
 }
 
@@ -128,7 +128,7 @@ void SelectCF(LONG Mode, IdmRequest* Request, wchar_t* Sql, int SqlSize) {
     const BugSlayerUtil::CScope scope;
     if (!scope.Assert(Request != nullptr, L"Request") || !Sql || SqlSize < 1)
         return;
-    const std::wstring text = fmt::sprintf(
+    const std::wstring text = FormatText(
         L"SELECT P.CF,P.SYMBOL_NAME,P.SYMBOL_ROOT,P.CF_CODE,P.DESCRIPTION,P.CATEGORY,P.DATA_FEED,"
         L"D.DATA_FEED_NAME,P.EXCHANGE,P.SETTING_TYPE,P.SETTING,P.SESSION_TYPE,P.CUSTOM_SESSION,"
         L"P.TEMPLATE_SESSION,P.MARGIN,E.EXCHANGE_NAME FROM CUSTOM_FUTURES P, EXCHANGES E, DATA_FEEDS D%s",

@@ -8,6 +8,10 @@
 
 namespace sqStorage {
 
+std::wstring FormatText(const wchar_t* format, fmt::wprintf_args arguments) {
+    return fmt::vsprintf(fmt::wstring_view(format), arguments);
+}
+
 namespace detail {
 
 void CopyWhole(std::wstring_view text, wchar_t* buffer, std::size_t capacity) {

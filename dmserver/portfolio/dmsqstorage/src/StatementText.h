@@ -1,6 +1,6 @@
 // Building statement text: formatting into a buffer of a stated size, and the escaping of quoted text.
 //
-// Format strings are those of printf and are filled by fmt::sprintf, which is type-safe and knows no locale: a
+// Format strings are those of printf and are filled by fmt, which is type-safe and knows no locale: a
 // decimal separator is always a point.
 #pragma once
 
@@ -12,6 +12,14 @@
 #include <string_view>
 
 namespace sqStorage {
+
+// Formatting proper is compiled once: it costs more than all the rest of a file that builds a statement.
+std::wstring FormatText(const wchar_t* format, fmt::wprintf_args arguments);
+
+template <class... Arguments>
+std::wstring FormatText(const wchar_t* format, const Arguments&... arguments) {
+    return FormatText(format, fmt::wprintf_args(fmt::make_wprintf_args(arguments...)));
+}
 
 namespace detail {
 // Copies with the closing zero. A text that does not fit is reported as an invalid parameter and raised as
@@ -31,14 +39,14 @@ public:
     // The whole text, or an exception.
     template <class... Arguments>
     explicit CStatement(const wchar_t* format, const Arguments&... arguments) : CStatement() {
-        detail::CopyWhole(fmt::sprintf(format, arguments...), m_Text.data(), Capacity);
+        detail::CopyWhole(FormatText(format, arguments...), m_Text.data(), Capacity);
     }
 
     // As much of the text as fits.
     template <class... Arguments>
     static CStatement Truncated(const wchar_t* format, const Arguments&... arguments) {
         CStatement statement;
-        detail::CopyTruncated(fmt::sprintf(format, arguments...), statement.m_Text.data(), Capacity);
+        detail::CopyTruncated(FormatText(format, arguments...), statement.m_Text.data(), Capacity);
         return statement;
     }
 
@@ -46,7 +54,7 @@ public:
     template <class... Arguments>
     void Append(const wchar_t* format, const Arguments&... arguments) {
         const std::size_t length = View().size();
-        detail::CopyTruncated(fmt::sprintf(format, arguments...), m_Text.data() + length, Capacity - length);
+        detail::CopyTruncated(FormatText(format, arguments...), m_Text.data() + length, Capacity - length);
     }
 
     // For who writes the text in place, closing zero included.

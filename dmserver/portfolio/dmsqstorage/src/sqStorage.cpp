@@ -2,6 +2,7 @@
 
 #include "DataBaseParams.h"
 #include "Requestes.h"
+#include "StatementText.h"
 #include "diagnostics/interface/BugSlayer.h"
 #include "dmserver/dmFirebird/interface/LastErrorText.h"
 #include "dmserver/dmudfcom/interface/FieldIds.h"
@@ -11,9 +12,6 @@
 #include "platform/text.h"
 #include "schema/interface/Schema.h"
 #include "unicomp/LocalRPC/interface/TaskFactory.h"
-
-#include <fmt/printf.h>
-#include <fmt/xchar.h>
 
 namespace sqStorage {
 
@@ -118,14 +116,14 @@ void CStorage::CheckSchema() {
     const LONG version = GetField<LONG>(CComPtr<IdmTable>(request.Table()), IDM_dmudfcom::fieldSchemaVersion);
     if (version < sqSchema::CurrentVersion)
         platform::ThrowStatus(E_FAIL,
-                              fmt::sprintf(L"the database has schema version %d, older than version %d of this "
-                                           L"program: bring it up to date with \"sqstorage upgrade\"",
-                                           version, sqSchema::CurrentVersion));
+                              FormatText(L"the database has schema version %d, older than version %d of this "
+                                         L"program: bring it up to date with \"sqstorage upgrade\"",
+                                         version, sqSchema::CurrentVersion));
     if (version > sqSchema::CurrentVersion)
         platform::ThrowStatus(E_FAIL,
-                              fmt::sprintf(L"the database has schema version %d, newer than version %d of this "
-                                           L"program: install a newer version of the program",
-                                           version, sqSchema::CurrentVersion));
+                              FormatText(L"the database has schema version %d, newer than version %d of this "
+                                         L"program: install a newer version of the program",
+                                         version, sqSchema::CurrentVersion));
 }
 
 void CStorage::LoadExchangeTimeZones() {

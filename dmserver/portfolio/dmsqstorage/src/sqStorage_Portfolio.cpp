@@ -41,12 +41,12 @@ struct tagWanted {
 
 // One symbol, by its name within a feed.
 std::wstring NamedSymbolCondition(const tagWanted& wanted) {
-    std::wstring condition = fmt::sprintf(L"DATA_FEED=%d AND UPPER(SYMBOL_NAME)=UPPER('%s')", wanted.Datafeed,
-                                          CQuoted(wanted.SymbolName.Get()).Text());
+    std::wstring condition = FormatText(L"DATA_FEED=%d AND UPPER(SYMBOL_NAME)=UPPER('%s')", wanted.Datafeed,
+                                        CQuoted(wanted.SymbolName.Get()).Text());
     if (wanted.HasCategory())
-        condition += fmt::sprintf(L" AND CATEGORY=%d", wanted.Category);
+        condition += FormatText(L" AND CATEGORY=%d", wanted.Category);
     if (wanted.HasExchange())
-        condition += fmt::sprintf(L" AND EXCHANGE=%d", wanted.ExchangeId);
+        condition += FormatText(L" AND EXCHANGE=%d", wanted.ExchangeId);
     return condition;
 }
 
