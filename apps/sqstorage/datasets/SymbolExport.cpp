@@ -25,17 +25,20 @@ std::optional<tagSymbolRow> Reparsed(const std::vector<Cell>& cells, Reasons& re
 
 class CSymbolExport {
 public:
-    CSymbolExport(CStore& store, const CConsole& console, const TakeRows& take)
-        : m_Store(store), m_Console(console), m_References(store), m_Batches(ColumnNames(), take) {}
+    CSymbolExport(const tagExportRun& run, const TakeRows& take)
+        : m_Run(run), m_References(run.Store), m_Batches(ColumnNames(), take) {}
 
     void Run() {
         const auto& exchanges = m_References.Exchanges();
         for (auto exchange = exchanges.begin(); exchange != exchanges.end(); ++exchange) {
             if (exchange != exchanges.begin() && exchange->Exchange.Name == std::prev(exchange)->Exchange.Name)
-                RefuseAll(*exchange);
+                RefuseAll(*exchange, "another exchange has its name, too: rename one of them");
+            else if (!m_Run.IsWritten("exchanges", exchange->Exchange.Name))
+                RefuseAll(*exchange, "the exchange is: correct it as its own warning says");
             else
                 Export(*exchange);
         }
+        TellOfFeeds();
         m_Batches.Finish();
     }
 
@@ -47,17 +50,33 @@ private:
         return names;
     }
 
-    void RefuseAll(const tagKeyedExchange& exchange) const {
-        if (const ULONG count = CSymbolTable(m_Store, exchange.Key).Count(); count > 0)
-            m_Console.Warn(fmt::format("{} symbol(s) of the exchange with the key {} are left out, because another "
-                                       "exchange is called \"{}\", too: rename one of them.",
-                                       count, exchange.Key, exchange.Exchange.Name));
+    void RefuseAll(const tagKeyedExchange& exchange, std::string_view why) const {
+        if (const ULONG count = CSymbolTable(m_Run.Store, exchange.Key).Count(); count > 0)
+            m_Run.Console.Warn(
+                fmt::format("{} symbol(s) of the exchange \"{}\" with the key {} are left out, because {}.", count,
+                            exchange.Exchange.Name, exchange.Key, why));
+    }
+
+    void TellOfFeeds() const {
+        for (const auto& [feed, count] : m_LeftOutByFeed)
+            m_Run.Console.Warn(
+                m_References.HasFeed(feed)
+                    ? fmt::format("{} symbol(s) of the feed \"{}\" with the key {} are left out, because the feed "
+                                  "is: correct it as its own warning says.",
+                                  count, m_References.FeedName(feed), feed)
+                    : fmt::format("{} symbol(s) of the feed with the key {} are left out, because the feed is "
+                                  "deleted: import one of its CLSID to have it back.",
+                                  count, feed));
     }
 
     void Export(const tagKeyedExchange& exchange) {
-        const CSymbolTable symbols(m_Store, exchange.Key);
+        const CSymbolTable symbols(m_Run.Store, exchange.Key);
         std::optional<tagSymbolRow> last;
         for (const ULONG row : Sorted(symbols)) {
+            if (!m_References.IsFeedWritten(m_Run, symbols.Feed(row))) {
+                ++m_LeftOutByFeed[symbols.Feed(row)];
+                continue;
+            }
             const tagSymbol symbol = symbols.At(row);
             Reasons reasons;
             auto line = Importable(symbol, exchange.Exchange.Name, reasons);
@@ -65,8 +84,8 @@ private:
             if (repeats && !(*line == *last))
                 reasons.push_back("another symbol has its name, category, feed and exchange: rename one of them");
             if (!reasons.empty())
-                m_Console.Warn(fmt::format("The symbol \"{}\" with the key {} is left out, because {}.",
-                                           symbol.Name, symbols.Key(row), reasons.front()));
+                m_Run.Console.Warn(fmt::format("The symbol \"{}\" with the key {} is left out, because {}.",
+                                               symbol.Name, symbols.Key(row), reasons.front()));
             else if (!repeats)
                 m_Batches.Add(CellsOf(*line));
             if (line && !repeats)
@@ -92,23 +111,21 @@ private:
     // As an import would read it.
     std::optional<tagSymbolRow> Importable(const tagSymbol& symbol, const std::string& exchange,
                                            Reasons& reasons) const {
-        if (auto gap = m_References.Gap(symbol)) {
+        if (auto gap = m_References.Gap(m_Run, symbol)) {
             reasons.push_back(std::move(*gap));
             return std::nullopt;
         }
         return Reparsed(CellsOf(m_References.RowOf(symbol, exchange)), reasons);
     }
 
-    CStore& m_Store;
-    const CConsole& m_Console;
+    const tagExportRun& m_Run;
     CSymbolReferences m_References;
     CBatches m_Batches;
+    std::map<LONG, std::size_t> m_LeftOutByFeed; // symbols, by the key of their feed
 };
 
 } // namespace
 
-void ExportSymbols(CStore& store, const CConsole& console, const TakeRows& take) {
-    CSymbolExport(store, console, take).Run();
-}
+void ExportSymbols(const tagExportRun& run, const TakeRows& take) { CSymbolExport(run, take).Run(); }
 
 } // namespace sqCli

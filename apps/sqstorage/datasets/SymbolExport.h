@@ -6,8 +6,8 @@
 
 namespace sqCli {
 
-// A symbol that an import would refuse is left out with a warning, and so is one whose exchange, feed or template is
-// left out; symbols of one exchange or feed have a warning together. Raises CStoreRefusal.
+// A symbol that an import would refuse is left out with a warning, and so is one whose exchange, feed or template
+// is left out; symbols of one exchange or feed have a warning together. Raises CStoreRefusal.
 void ExportSymbols(const tagExportRun& run, const TakeRows& take);
 
 } // namespace sqCli

@@ -27,9 +27,12 @@ void Note(std::vector<std::string>& reasons, std::optional<std::string> problem)
 CSymbolReferences::CSymbolReferences(CStore& store) : m_Exchanges(SelectExchanges(store)) {
     for (const tagKeyedExchange& exchange : m_Exchanges)
         m_ExchangeKeys.Add(exchange.Exchange.Name, exchange.Key);
-    for (tagKeyedDataFeed& feed : SelectDataFeeds(store)) {
+    std::map<std::string, tagDataFeed> feeds;
+    for (const tagKeyedDataFeed& feed : SelectDataFeeds(store)) {
         m_FeedKeys.Add(feed.Feed.Name, feed.Key);
-        m_FeedNames.emplace(feed.Key, std::move(feed.Feed.Name));
+        m_FeedNames.emplace(feed.Key, feed.Feed.Name);
+        if (const auto first = feeds.emplace(feed.Feed.Name, feed.Feed).first; first->second != feed.Feed)
+            m_OtherFeedsOfAName.insert(feed.Key);
     }
     for (const auto& row : SelectSettings(store).Rows)
         m_Prices.emplace(LongOf(row[0]),
@@ -40,8 +43,6 @@ CSymbolReferences::CSymbolReferences(CStore& store) : m_Exchanges(SelectExchange
 void CSymbolReferences::ReadSessions(CStore& store) {
     for (tagNamedSession& session : NameSessions(store)) {
         m_SessionKeys.Add(session.Session.Name, session.Key);
-        if (!IsExported(session.Session))
-            m_LeftOutSessions.insert(session.Key);
         m_SessionNames.emplace(session.Key, std::move(session.Session.Name));
     }
     for (tagKeyedSession& session : SelectSessions(store)) {
@@ -55,6 +56,10 @@ void CSymbolReferences::ReadSessions(CStore& store) {
 const std::string& CSymbolReferences::FeedName(LONG key) const {
     const std::string* const name = Find(m_FeedNames, key);
     return name ? *name : NoName;
+}
+
+bool CSymbolReferences::IsFeedWritten(const tagExportRun& run, LONG key) const {
+    return run.IsWritten("feeds", FeedName(key)) && !m_OtherFeedsOfAName.contains(key);
 }
 
 // A session whose name a template has taken since keeps its times.
@@ -80,17 +85,23 @@ tagSymbolRow CSymbolReferences::RowOf(const tagSymbol& symbol, const std::string
     return row;
 }
 
-std::optional<std::string> CSymbolReferences::Gap(const tagSymbol& symbol) const {
-    if (!Find(m_FeedNames, symbol.Feed))
-        return fmt::format("its feed, with the key {}, is gone", symbol.Feed);
+std::optional<std::string> CSymbolReferences::Gap(const tagExportRun& run, const tagSymbol& symbol) const {
+    const auto gone = [](std::string_view what, LONG key) {
+        return fmt::format("its {}, with the key {}, is gone: import the symbol with another one and --update",
+                           what, key);
+    };
     if (symbol.SettingType == SettingIsOwn && !Find(m_Prices, symbol.Setting))
-        return fmt::format("its own price setting, with the key {}, is gone", symbol.Setting);
+        return gone("own price setting", symbol.Setting);
     if (symbol.SessionType == SessionIsOwn && !Find(m_Sessions, symbol.CustomSession))
-        return fmt::format("its own session, with the key {}, is gone", symbol.CustomSession);
-    if (symbol.SessionType == SessionIsTemplate && !Find(m_SessionNames, symbol.TemplateSession))
-        return fmt::format("its template session, with the key {}, is gone", symbol.TemplateSession);
-    if (symbol.SessionType == SessionIsTemplate && m_LeftOutSessions.contains(symbol.TemplateSession))
-        return fmt::format("its template session, with the key {}, is left out", symbol.TemplateSession);
+        return gone("own session", symbol.CustomSession);
+    if (symbol.SessionType != SessionIsTemplate)
+        return std::nullopt;
+    const std::string* const name = Find(m_SessionNames, symbol.TemplateSession);
+    if (!name)
+        return gone("template session", symbol.TemplateSession);
+    if (!run.IsWritten("sessions", *name))
+        return fmt::format("its template session, with the key {}, is: correct that as its own warning says",
+                           symbol.TemplateSession);
     return std::nullopt;
 }
 

@@ -24,11 +24,14 @@ public:
     [[nodiscard]] const std::vector<tagKeyedExchange>& Exchanges() const noexcept { return m_Exchanges; }
     // Empty for a feed that is gone.
     [[nodiscard]] const std::string& FeedName(LONG key) const;
+    [[nodiscard]] bool HasFeed(LONG key) const { return m_FeedNames.contains(key); }
+    // Under its name, that is: one whose name another one has, too, may be left out of an export for that.
+    [[nodiscard]] bool IsFeedWritten(const tagExportRun& run, LONG key) const;
 
     // The symbol as a file has it. What is gone is empty there.
     [[nodiscard]] tagSymbolRow RowOf(const tagSymbol& symbol, const std::string& exchangeName) const;
-    // What a symbol refers to and the store does not hold, or an export leaves out.
-    [[nodiscard]] std::optional<std::string> Gap(const tagSymbol& symbol) const;
+    // What a symbol refers to, beside its feed and exchange, and the store does not hold or the export leaves out.
+    [[nodiscard]] std::optional<std::string> Gap(const tagExportRun& run, const tagSymbol& symbol) const;
 
     // Why the names of a row stand for nothing. A template's name becomes that under which it is kept.
     void Test(const tagImportRun& run, tagSymbolRow& row, std::vector<std::string>& reasons) const;
@@ -46,8 +49,8 @@ private:
     CNameKeys m_ExchangeKeys{"exchange", "exchanges"};
     CNameKeys m_SessionKeys{"session", "sessions", SessionNameId};
     std::map<LONG, std::string> m_FeedNames;
+    std::set<LONG> m_OtherFeedsOfAName;         // than the first
     std::map<LONG, std::string> m_SessionNames; // in files
-    std::set<LONG> m_LeftOutSessions;           // of an export
     std::map<LONG, PriceTexts> m_Prices;
     std::map<LONG, tagSession> m_Sessions;
     SessionDetails m_Details;
