@@ -1,6 +1,8 @@
 #include "CommandOptions.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <fmt/format.h>
 #include <utility>
 
 namespace sqCli {
@@ -46,9 +48,12 @@ void CCommandOptions::Options(const char* name, std::vector<std::string>& values
 }
 
 void CCommandOptions::Choice(const char* name, std::string& value, const std::string& words, const char* help) {
-    m_Command.add_option(name, value, help)
-        ->type_name(words)
-        ->transform(CLI::IsMember(CLI::detail::split(words, '|')).description(""));
+    const auto problem = [known = CLI::detail::split(words, '|')](const std::string& word) {
+        return std::ranges::find(known, word) != known.end()
+                   ? std::string()
+                   : fmt::format("\"{}\" is none of {}", word, fmt::join(known, ", "));
+    };
+    m_Command.add_option(name, value, help)->type_name(words)->check(problem);
 }
 
 void CCommandOptions::Does(Action& chosen, Action action) {

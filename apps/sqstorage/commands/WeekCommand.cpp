@@ -156,6 +156,12 @@ std::string Title(const tagExchange& exchange, const std::string& zone, const CZ
     return fmt::format("{}\nWeek of {} in {}\n\n", Printable(name), DateText(week.Sunday), clock);
 }
 
+// "2026-02-16 to 2026-02-20"
+std::string DaysText(const tagHolidayDate& date) {
+    const std::string start = DayText(*date.Start);
+    return date.End && *date.Start < *date.End ? fmt::format("{} to {}", start, DayText(*date.End)) : start;
+}
+
 // A line for each holiday of the week.
 std::string HolidayLines(CStore& store, const tagExchange& exchange, const tagWeek& week) {
     const auto first = static_cast<std::int32_t>((week.Sunday - DayZero).count());
@@ -165,7 +171,7 @@ std::string HolidayLines(CStore& store, const tagExchange& exchange, const tagWe
     for (const auto& [calendar, date] : dates)
         if (calendar == exchange.Holiday && date.Start && date.Start->Number < first + 7 &&
             date.End.value_or(*date.Start).Number >= first)
-            lines += fmt::format("Holiday: {}{}{}\n", DayText(*date.Start), date.Description.empty() ? "" : ", ",
+            lines += fmt::format("Holiday: {}{}{}\n", DaysText(date), date.Description.empty() ? "" : ", ",
                                  Printable(date.Description));
     return lines.empty() ? lines : "\n" + lines;
 }

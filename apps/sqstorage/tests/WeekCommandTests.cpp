@@ -92,6 +92,25 @@ TEST_F(WeekCommand, HolidaysOfTheWeekAreNamed) {
     EXPECT_THAT(Week("LSE", "exchange", "2026-03-04"), Not(HasSubstr("Holiday")));
 }
 
+TEST_F(WeekCommand, AHolidayOfSeveralDaysIsNamedInEachWeekThatItTouches) {
+    CHeldDatabase(Database())
+        .Run(L"INSERT INTO HOLIDAY_DETAILS SELECT HOLIDAY,'Long one','05.03.2026','16.03.2026' FROM HOLIDAYS WHERE "
+             L"HOLIDAY_NAME='LSE'");
+    const std::string line = "\nHoliday: 2026-03-05 to 2026-03-16, Long one\n";
+    EXPECT_THAT(Week("LSE", "exchange", "2026-02-25"), Not(HasSubstr("Holiday")));
+    EXPECT_THAT(Week("LSE", "exchange", "2026-03-04"), HasSubstr(line)) << "it begins there";
+    EXPECT_THAT(Week("LSE", "exchange", "2026-03-11"), HasSubstr(line)) << "all of that week";
+    EXPECT_THAT(Week("LSE", "exchange", "2026-03-18"), HasSubstr(line)) << "it ends there";
+    EXPECT_THAT(Week("LSE", "exchange", "2026-03-22"), Not(HasSubstr("Holiday")));
+}
+
+TEST_F(WeekCommand, AHolidayThatEndsOnItsDayIsOfOneDay) {
+    CHeldDatabase(Database())
+        .Run(L"INSERT INTO HOLIDAY_DETAILS SELECT HOLIDAY,'','05.03.2026','05.03.2026' FROM HOLIDAYS WHERE "
+             L"HOLIDAY_NAME='LSE'");
+    EXPECT_THAT(Week("LSE", "exchange", "2026-03-04"), HasSubstr("\nHoliday: 2026-03-05\n"));
+}
+
 TEST_F(WeekCommand, RowsAreWholeStretchesWithTheirDistanceFromUtc) {
     const tagEnd csv = Run({"--format", "csv", "week", "CME", "--date", "2026-03-08"});
     EXPECT_EQ(csv.Output, "EXCHANGE_NAME,ZONE,START,END\n"
@@ -129,7 +148,10 @@ TEST_F(WeekCommand, WhatCannotBeDrawnIsStatus1) {
 
 TEST_F(WeekCommand, WrongUsageIsStatus2) {
     EXPECT_EQ(Run({"week"}).Status, 2);
-    EXPECT_EQ(Run({"week", "CME", "--zone", "mars"}).Status, 2);
+    const tagEnd zone = Run({"week", "CME", "--zone", "mars"});
+    EXPECT_EQ(zone.Status, 2);
+    EXPECT_EQ(zone.Output, "");
+    EXPECT_EQ(zone.Errors, "error: --zone: \"mars\" is none of exchange, local, utc: see \"sqstorage --help\".\n");
     const tagEnd end = Run({"week", "CME", "--date", "2026-02-30"});
     EXPECT_EQ(end.Status, 2);
     EXPECT_EQ(end.Errors, "error: --date: there is no day 2026-02-30: correct the month or the day.\n");
