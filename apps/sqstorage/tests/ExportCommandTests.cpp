@@ -158,9 +158,28 @@ TEST_F(ExportCommand, WhatExchangesAndSessionsLackIsWarnedOf) {
         "warning: The exchange with the key 87 is left out, because SESSION_NAME is empty: name the session of "
         "the exchange.\n"
         "warning: The exchange with the key 101 is left out, because another exchange is called \"LSE\", too: "
-        "rename one of them.\n");
+        "rename one of them.\n"
+        "warning: 2 symbol(s) of the exchange \"CME\" with the key 87 are left out, because the exchange is: "
+        "correct it as its own warning says.\n"
+        "warning: 5 symbol(s) of the feed \"Simulation\" with the key 55 are left out, because the feed is: "
+        "correct it as its own warning says.\n");
     EXPECT_THAT(Read(Folder() / "out/exchanges.csv"),
                 testing::HasSubstr("\nASX,\"Australian Securities Exchange, equities\",,ASX,"));
+}
+
+TEST_F(ExportCommand, AnExchangeWhosePriceSettingIsGoneIsLeftOutWithAWarning) {
+    CreateFilled();
+    CHeldDatabase(Database()).Run(L"UPDATE EXCHANGES SET SETTING=99999 WHERE EXCHANGE_NAME IN ('ASX')");
+    const tagEnd end = Run({"export", (Folder() / "out").string()});
+    EXPECT_EQ(end.Status, 0);
+    EXPECT_THAT(
+        end.Errors,
+        testing::ContainsRegex(
+            "warning: The exchange \"ASX\" lacks something: its price setting, with the key 99999, is gone.\n"
+            "warning: The exchange with the key [0-9]+ is left out, because PRICE_SCALE is \"\": give a "
+            "whole number from 1 to 2147483647.\n"));
+    EXPECT_THAT(Read(Folder() / "out/exchanges.csv"), testing::Not(testing::HasSubstr("\nASX,")));
+    EXPECT_THAT(Read(Folder() / "out/exchanges.csv"), testing::HasSubstr("\nCME,"));
 }
 
 TEST_F(ExportCommand, WhatRefersToARowThatIsLeftOutIsLeftOut) {
