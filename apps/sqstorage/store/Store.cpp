@@ -3,6 +3,7 @@
 #include "Connection.h"
 #include "StoreFailure.h"
 #include "apps/sqstorage/ExitStatus.h"
+#include "diagnostics/interface/BugSlayer.h"
 #include "diagnostics/interface/Trail.h"
 #include "platform/com/activation.h"
 
@@ -84,6 +85,8 @@ tagRowSet CStore::SelectBy(const std::function<HRESULT(IdmRequest*, IdmTable*)>&
 }
 
 void CStore::ForgetFailures() { BugSlayerUtil::ClearRecentFailures(); }
+
+HRESULT CStore::Guarded(const std::function<HRESULT()>& call) { return BugSlayerUtil::Guard(call, E_FAIL); }
 
 void CStore::RaiseFailures(HRESULT status) {
     const auto failures = BugSlayerUtil::RecentFailures();

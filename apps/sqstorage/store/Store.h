@@ -1,7 +1,8 @@
 // The store, opened as any host opens it: by its class identifier, and used through its interfaces.
 //
 // The interfaces answer S_OK also when the database refused a statement and report the reason to the diagnostics
-// alone; a program that tells its user the truth has to look there. That is told here once.
+// alone; a program that tells its user the truth has to look there. A few methods, those of currencies above all,
+// let exceptions through. That is told here once.
 //
 // One thread uses a store and all that comes from it.
 #pragma once
@@ -38,7 +39,7 @@ public:
     template <class Call>
     HRESULT Run(Call&& call) {
         ForgetFailures();
-        const HRESULT status = call(*m_Storage);
+        const HRESULT status = Guarded([&]() -> HRESULT { return call(*m_Storage); });
         RaiseFailures(status);
         if (m_AfterCall)
             m_AfterCall();
@@ -63,6 +64,8 @@ public:
 
 private:
     static void ForgetFailures();
+    // An exception becomes a failure.
+    static HRESULT Guarded(const std::function<HRESULT()>& call);
     static void RaiseFailures(HRESULT status);
 
     platform::CComPtr<IqxStorage> m_Storage;

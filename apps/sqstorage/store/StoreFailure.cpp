@@ -71,6 +71,8 @@ std::wstring_view ReasonOf(std::wstring_view failure) {
 } // namespace
 
 std::string PlainSentence(std::wstring_view reason) {
+    if (IsStatus(reason))
+        return fmt::format("The store failed with status {}: look into its log.", platform::ToUtf8(reason));
     std::wstring sentence(WithoutCall(WithoutEngineWords(reason)));
     if (sentence.empty())
         return "The store failed without saying why: look into its log.";

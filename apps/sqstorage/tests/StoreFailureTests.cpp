@@ -30,6 +30,11 @@ TEST(StoreFailure, TheNameOfTheDatabaseCallIsLeftOut) {
               "A text is longer than its column takes: shorten it.");
 }
 
+TEST(StoreFailure, AStatusAloneIsNamed) {
+    EXPECT_EQ(FailureSentence(L"F: (stdexcept: \"0x8007000E\")"),
+              "The store failed with status 0x8007000E: look into its log.");
+}
+
 TEST(StoreFailure, AReasonKeepsItsColons) {
     EXPECT_EQ(PlainSentence(L"The file is missing: make it. [Firebird: x]"), "The file is missing: make it.");
 }
