@@ -84,7 +84,10 @@ switched off. An empty ASCII is 0, an empty ACTIVE 1, an empty VALUE 0.
 
 A file is taken whole or not at all: all its rows are tested before the first is
 written, and each that is not good is named with file, line and reason. The
-other files are still taken; the command then ends with status 4.
+other files are still taken; the command then ends with status 4. The summary
+counts rows: REFUSED are those that are not good, and the good ones beside them in
+a file that is left alone are in ROWS alone. What the database refuses of a
+calendar's dates or a session's details counts with all their rows.
 
 An import adds what the store lacks and removes nothing, so that it can be
 repeated. A row that is there is unchanged. One that the store has with other
@@ -136,7 +139,7 @@ EExitStatus Import(const tagImportArguments& arguments, const CConsole& console)
     tagImportRun run{store, console, arguments.Options, {}};
     tagRowSet summary = ImportSummary();
     tagImportCounts all;
-    CChangeLines lines(console);
+    CChangeLines lines(console, CChangeLines::EReaderGone::DoesNotMatter);
     std::optional<CChangeWatch> watch;
     if (arguments.Watch)
         watch.emplace(store, AllChanges, [&](ULONG change, LONG value) { lines.Tell(change, value); });
@@ -154,7 +157,7 @@ EExitStatus Import(const tagImportArguments& arguments, const CConsole& console)
     else if (all.Written() >= LargeImport)
         RefreshCounts(console);
     console.Print(summary);
-    return all.Refused == 0 ? EExitStatus::Done : EExitStatus::RowsRefused;
+    return all.Problems == 0 ? EExitStatus::Done : EExitStatus::RowsRefused;
 }
 
 } // namespace

@@ -44,6 +44,7 @@ struct tagImportCounts {
     std::size_t Unchanged = 0;
     std::size_t Different = 0; // in the store with other values, which stay
     std::size_t Refused = 0;
+    std::size_t Problems = 0; // told of, with rows or with the file itself
 
     [[nodiscard]] std::size_t Written() const { return Added + Updated; }
 
@@ -54,6 +55,7 @@ struct tagImportCounts {
         Unchanged += other.Unchanged;
         Different += other.Different;
         Refused += other.Refused;
+        Problems += other.Problems;
         return *this;
     }
 };

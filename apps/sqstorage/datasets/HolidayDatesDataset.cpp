@@ -217,7 +217,8 @@ public:
             } catch (const CStoreRefusal& refusal) {
                 file.Problems.push_back(
                     {test.LineOf(calendar),
-                     fmt::format("the store refused the dates of \"{}\". {}", calendar, refusal.what())});
+                     fmt::format("the store refused the dates of \"{}\". {}", calendar, refusal.what()),
+                     dates.size()});
             }
             progress.Advance(dates.size());
         }

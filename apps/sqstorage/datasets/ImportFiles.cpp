@@ -44,13 +44,6 @@ void AddPath(const std::string& text, const CConsole& console, std::vector<tagIm
     sources.push_back({dataset, path});
 }
 
-std::size_t CountLines(const std::vector<tagRowProblem>& problems) {
-    std::set<std::size_t> lines;
-    for (const tagRowProblem& problem : problems)
-        lines.insert(problem.Line);
-    return lines.size();
-}
-
 void TellProblems(const std::string& file, std::vector<tagRowProblem>& problems, const CConsole& console) {
     std::stable_sort(problems.begin(), problems.end(),
                      [](const tagRowProblem& left, const tagRowProblem& right) { return left.Line < right.Line; });
@@ -85,9 +78,10 @@ tagImportCounts ImportFile(const tagImportSource& source, tagImportRun& run) {
     const CTableFile table(source.Path, source.Dataset->Columns(), problems);
     tagImportCounts counts = source.Dataset->Import(run, {file, table, problems});
     counts.Rows = table.RowCount();
-    counts.Refused = CountLines(problems);
+    counts.Refused = CountRefusedRows(problems);
+    counts.Problems = problems.size();
     TellProblems(file, problems, run.Console);
-    if (counts.Refused > 0 && counts.Written() == 0)
+    if (!problems.empty() && counts.Written() == 0)
         run.Console.Warn(
             fmt::format("Nothing is taken from {}: correct the rows named above and import it again.", file));
     if (counts.Different > 0)

@@ -57,7 +57,7 @@ public:
         for (auto& [session, details] : timetables) {
             std::ranges::sort(details);
             if (const auto problem = WeekProblem(details))
-                m_File.Problems.push_back({LineOf(session), *problem});
+                m_File.Problems.push_back({LineOf(session), *problem, details.size()});
         }
         return timetables;
     }
@@ -206,7 +206,8 @@ public:
             } catch (const CStoreRefusal& refusal) {
                 file.Problems.push_back(
                     {test.LineOf(session),
-                     fmt::format("the store refused the details of \"{}\". {}", session, refusal.what())});
+                     fmt::format("the store refused the details of \"{}\". {}", session, refusal.what()),
+                     details.size()});
             }
             progress.Advance(details.size());
         }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 #include <iterator>
+#include <map>
 
 namespace sqCli {
 
@@ -19,6 +20,18 @@ std::string Listed(std::span<const tagColumnRule> rules) {
 
 } // namespace
 
+std::size_t CountRefusedRows(std::span<const tagRowProblem> problems) {
+    std::map<std::size_t, std::size_t> rows; // by line
+    for (const tagRowProblem& problem : problems) {
+        std::size_t& count = rows[problem.Line];
+        count = std::max(count, problem.Rows);
+    }
+    std::size_t all = 0;
+    for (const auto& [line, count] : rows)
+        all += count;
+    return all;
+}
+
 CTableFile::CTableFile(const std::filesystem::path& path, std::span<const tagColumnRule> rules,
                        std::vector<tagRowProblem>& problems)
     : m_Places(rules.size(), Absent) {
@@ -26,7 +39,8 @@ CTableFile::CTableFile(const std::filesystem::path& path, std::span<const tagCol
         std::vector<tagCsvRecord> records = ParseCsv(platform::ReadFile(path));
         m_RowCount = records.empty() ? 0 : records.size() - 1;
         if (records.empty()) {
-            problems.push_back({1, fmt::format("the file is empty: begin it with the header {}", Listed(rules))});
+            problems.push_back(
+                {1, fmt::format("the file is empty: begin it with the header {}", Listed(rules)), 0});
             return;
         }
         const std::size_t before = problems.size();
@@ -34,7 +48,7 @@ CTableFile::CTableFile(const std::filesystem::path& path, std::span<const tagCol
         if (problems.size() == before)
             TakeRows(std::move(records), problems);
     } catch (const CCsvError& error) {
-        problems.push_back({error.Line(), error.what()});
+        problems.push_back({error.Line(), error.what(), 0});
     }
 }
 
@@ -45,18 +59,22 @@ void CTableFile::TakeHeader(const tagCsvRecord& header, std::span<const tagColum
             return candidate.Name == header.Fields[place];
         });
         if (rule == rules.end())
-            problems.push_back(
-                {header.Line, fmt::format("the header has an unknown column \"{}\": the columns are {}",
-                                          header.Fields[place], Listed(rules))});
+            problems.push_back({header.Line,
+                                fmt::format("the header has an unknown column \"{}\": the columns are {}",
+                                            header.Fields[place], Listed(rules)),
+                                m_RowCount});
         else if (auto& known = m_Places[static_cast<std::size_t>(rule - rules.begin())]; known != Absent)
-            problems.push_back({header.Line, fmt::format("the header names {} twice: remove one", rule->Name)});
+            problems.push_back(
+                {header.Line, fmt::format("the header names {} twice: remove one", rule->Name), m_RowCount});
         else
             known = place;
     }
     for (std::size_t rule = 0; rule < rules.size(); ++rule)
         if (rules[rule].Required && m_Places[rule] == Absent)
-            problems.push_back({header.Line, fmt::format("the header lacks the column {}: the columns are {}",
-                                                         rules[rule].Name, Listed(rules))});
+            problems.push_back(
+                {header.Line,
+                 fmt::format("the header lacks the column {}: the columns are {}", rules[rule].Name, Listed(rules)),
+                 m_RowCount});
 }
 
 void CTableFile::TakeRows(std::vector<tagCsvRecord>&& records, std::vector<tagRowProblem>& problems) {

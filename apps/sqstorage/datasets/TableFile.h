@@ -20,7 +20,11 @@ struct tagColumnRule {
 struct tagRowProblem {
     std::size_t Line;
     std::string Reason;
+    std::size_t Rows = 1; // that are refused for it
 };
+
+// Several problems of one line are those of the same rows.
+[[nodiscard]] std::size_t CountRefusedRows(std::span<const tagRowProblem> problems);
 
 class CTableFile {
 public:

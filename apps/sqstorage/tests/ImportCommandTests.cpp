@@ -67,6 +67,39 @@ TEST_F(ImportCommand, AFileWithABadRowIsNotTakenAtAll) {
     EXPECT_EQ(Run({"list", "holidays"}).Status, 1);
 }
 
+// A row is refused once, whatever is wrong with it, and one of several lines is one row.
+TEST_F(ImportCommand, RowsAreCountedAsRefusedAndNotProblemsOrLines) {
+    const std::string header = "HOLIDAY_NAME,HOLIDAY_START_DATE,HOLIDAY_END_DATE,HOLIDAY_DESCRIPTION\n";
+    const tagEnd end =
+        Import("holiday_dates.csv", header + "Y,2027-02-29,2027-13-01,\"two\nlines\"\nZ,2027-01-01,,\n");
+    EXPECT_EQ(end.Status, 4);
+    EXPECT_EQ(end.Output, Summary("holiday_dates.csv", "2,0,0,0,0,2"));
+    EXPECT_THAT(end.Errors, HasSubstr("holiday_dates.csv:4: there is no calendar \"Z\""));
+}
+
+// Without its header no row can be taken.
+TEST_F(ImportCommand, AFileOfABadHeaderHasAllItsRowsRefused) {
+    EXPECT_EQ(Import("holidays.csv", "NAME\nX\nY\nZ\n").Output, Summary("holidays.csv", "3,0,0,0,0,3"));
+    const tagEnd bare = Import("holidays.csv", "NAME\n");
+    EXPECT_EQ(bare.Status, 4);
+    EXPECT_EQ(bare.Output, Summary("holidays.csv", "0,0,0,0,0,0"));
+    const tagEnd empty = Import("holidays.csv", "");
+    EXPECT_EQ(empty.Status, 4);
+    EXPECT_EQ(empty.Output, Summary("holidays.csv", "0,0,0,0,0,0"));
+    EXPECT_THAT(empty.Errors, HasSubstr("Nothing is taken from "));
+}
+
+TEST_F(ImportCommand, RefusedDatesOfACalendarCountAllItsRows) {
+    ASSERT_EQ(Import("holidays.csv", "HOLIDAY_NAME\nX\nY\n").Status, 0);
+    CHeldDatabase(Database())
+        .Run(L"ALTER TABLE HOLIDAY_DETAILS ADD CONSTRAINT NO_Z CHECK (HOLIDAY_DESCRIPTION<>'z')");
+    const tagEnd end = Import("holiday_dates.csv", "HOLIDAY_NAME,HOLIDAY_START_DATE,HOLIDAY_DESCRIPTION\n"
+                                                   "X,2027-01-01,a\nX,2027-01-02,z\nY,2027-01-01,a\n");
+    EXPECT_EQ(end.Status, 4);
+    EXPECT_EQ(end.Output, Summary("holiday_dates.csv", "3,1,0,0,0,2"));
+    EXPECT_THAT(end.Errors, Not(HasSubstr("Nothing is taken")));
+}
+
 TEST_F(ImportCommand, TheOtherFilesAreStillTaken) {
     Write("d/holidays.csv", "HOLIDAY_NAME\nX\nX\n");
     Write("d/settings.csv", "PRICE_SCALE,POINT_VALUE,DAILY_LIMIT,MIN_MOVEMENT\n1,1,1,1\n");

@@ -214,6 +214,26 @@ TEST_F(MarketImport, TheOldTimetableComesBackWhenTheDatabaseRefusesTheNew) {
     EXPECT_EQ(end.Status, 4);
     EXPECT_THAT(end.Errors, HasSubstr("session_details.csv:2: the store refused the details of \"S\". "));
     EXPECT_EQ(List("session_details"), before);
+    EXPECT_EQ(end.Output, Summary("session_details.csv", "1,0,0,0,0,1"));
+}
+
+TEST_F(MarketImport, ATimetableThatHostsCannotReadCountsAllItsRows) {
+    ASSERT_EQ(Import("sessions.csv", SessionHeader + "S,1,2\nT,1,2\n").Status, 0);
+    std::string rows = "T,Mon,09:00,Mon,17:00\n";
+    for (int minute = 10; minute < 50; ++minute)
+        rows += "S,Mon,09:" + std::to_string(minute) + ",Mon,09:59\n";
+    EXPECT_EQ(Import("session_details.csv", DetailHeader + rows).Output,
+              Summary("session_details.csv", "41,0,0,0,0,40"));
+}
+
+TEST_F(MarketImport, ARefusedTimetableCountsAllItsRows) {
+    ASSERT_EQ(Import("sessions.csv", SessionHeader + "S,1,2\nT,1,2\n").Status, 0);
+    CHeldDatabase(Database()).Run(L"ALTER TABLE SESSION_DETAILS ADD CONSTRAINT NO_FRIDAY CHECK (START_DAY<>5)");
+    const tagEnd end = Import("session_details.csv", DetailHeader + "S,Thu,09:00,Thu,17:00\nS,Fri,09:00,Fri,17:00\n"
+                                                                    "T,Mon,09:00,Mon,17:00\n");
+    EXPECT_EQ(end.Status, 4);
+    EXPECT_EQ(end.Output, Summary("session_details.csv", "3,1,0,0,0,2"));
+    EXPECT_THAT(end.Errors, Not(HasSubstr("Nothing is taken")));
 }
 
 TEST_F(MarketImport, ATimetableThatCannotComeBackIsToldOf) {

@@ -46,6 +46,13 @@ TEST_F(TableFile, AnOptionalColumnMayBeMissingAndReadsEmpty) {
     EXPECT_EQ(file.Value(file.Rows().at(0), 1), "");
 }
 
+TEST_F(TableFile, ALineCountsTheRowsThatAreRefusedForItOnce) {
+    const std::vector<tagRowProblem> problems{
+        {2, "a"}, {4, "b"}, {2, "c"}, {7, "the five from there on", 5}, {7, "d"}};
+    EXPECT_EQ(sqCli::CountRefusedRows(problems), 7u);
+    EXPECT_EQ(sqCli::CountRefusedRows({}), 0u);
+}
+
 TEST_F(TableFile, TheHeaderIsTested) {
     Read("B\n1\n");
     Read("A,C\n1,2\n");
