@@ -5,6 +5,8 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <fmt/format.h>
+#include <iterator>
 #include <tuple>
 
 namespace sqCli {
@@ -24,7 +26,33 @@ struct tagTexts {
     CBstr Clsid;
 };
 
+// What the columns hold, in characters.
+constexpr std::ptrdiff_t LongestName = 31;
+
 bool HasQuote(const std::string& text) { return text.find('\'') != std::string::npos; }
+
+// The text with which the feed comes into the store. Of one that comes back the store doubles the quotes; where the
+// column has no room for that, the text goes in without them.
+CBstr FirstText(const CBstr& text) {
+    std::wstring first(text.View());
+    if (std::ssize(first) + std::ranges::count(first, L'\'') > LongestName)
+        std::ranges::replace(first, L'\'', L'_');
+    return CBstr(first);
+}
+
+// A feed that could not become as it should be is not there, as before.
+void TakeBack(CStore& store, LONG key, const CStoreRefusal& refusal) {
+    LONG deleted = 0;
+    try {
+        store.Run([&](CStore::IqxStorage& storage) { return storage.DeleteDataFeed(key, &deleted); });
+    } catch (const CStoreRefusal&) {
+        deleted = 0;
+    }
+    if (deleted == 0)
+        throw CStoreRefusal(fmt::format("{} And the feed could not be taken back: it is there with the key {}, "
+                                        "as \"sqstorage list feeds\" shows it.",
+                                        refusal.what(), key));
+}
 
 } // namespace
 
@@ -56,14 +84,19 @@ LONG InsertDataFeed(CStore& store, const tagDataFeed& feed) {
     const tagTexts texts(feed);
     LONG key = 0;
     store.Run([&](CStore::IqxStorage& storage) {
-        return storage.InsertDataFeed(texts.Name.Get(), texts.ShortName.Get(), texts.DllName.Get(),
-                                      texts.Clsid.Get(), feed.ReadsText ? 1 : 0, &key);
+        return storage.InsertDataFeed(FirstText(texts.Name).Get(), FirstText(texts.ShortName).Get(),
+                                      texts.DllName.Get(), texts.Clsid.Get(), feed.ReadsText ? 1 : 0, &key);
     });
     if (key < 1)
         throw CStoreRefusal("The store gave out no key for the feed: look into its log.");
     // A new feed is active, and one that comes back has the quotes in its names doubled.
     if (!feed.IsActive || HasQuote(feed.Name) || HasQuote(feed.ShortName))
-        UpdateDataFeed(store, key, feed);
+        try {
+            UpdateDataFeed(store, key, feed);
+        } catch (const CStoreRefusal& refusal) {
+            TakeBack(store, key, refusal);
+            throw;
+        }
     return key;
 }
 
