@@ -87,8 +87,6 @@ public:
                              PriceTexts{TextOf(row[1]), TextOf(row[2]), TextOf(row[3]), TextOf(row[4])});
         for (tagKeyedExchange& exchange : SelectExchanges(store)) {
             ++m_SettingUses[exchange.Exchange.Setting];
-            m_SessionUsers.emplace(SessionNameId(NameOf(m_SessionNames, exchange.Exchange.Session)),
-                                   exchange.Exchange.Name);
             m_Exchanges.push_back(std::move(exchange));
         }
     }
@@ -161,6 +159,30 @@ public:
                      "its old prices");
     }
 
+    void Taken(const Row& row) {
+        const auto isIt = [&](const tagKeyedExchange& exchange) { return exchange.Exchange.Name == row.Name; };
+        const auto there = std::ranges::find_if(m_Exchanges, isIt);
+        if (there == m_Exchanges.end() || SessionIdOf(there->Exchange) != SessionNameId(row.Session))
+            m_NewSessions.emplace_back(row.Name, row.Session);
+    }
+
+    // Of those that the rows taken brought about. An exchange that was there with its session comes first.
+    void WarnOfSharedSessions(const CConsole& console) const {
+        std::map<std::string, std::string> users; // the first exchange of each session, by its id
+        std::set<std::string> moved;
+        for (const auto& [exchange, session] : m_NewSessions)
+            moved.insert(exchange);
+        for (const tagKeyedExchange& exchange : m_Exchanges)
+            if (m_SessionNames.contains(exchange.Exchange.Session) && !moved.contains(exchange.Exchange.Name))
+                users.emplace(SessionIdOf(exchange.Exchange), exchange.Exchange.Name);
+        for (const auto& [exchange, session] : m_NewSessions)
+            if (const auto [user, alone] = users.emplace(SessionNameId(session), exchange); !alone)
+                console.Warn(
+                    fmt::format("The exchanges \"{}\" and \"{}\" share the session \"{}\", which goes when "
+                                "one of them is deleted: give each a session of its own.",
+                                user->second, exchange, session));
+    }
+
     // What an exchange refers to and the store does not hold.
     std::vector<std::string> Gaps(const tagExchange& exchange) const {
         std::vector<std::string> gaps;
@@ -185,6 +207,8 @@ public:
     const std::vector<tagKeyedExchange>& Exchanges() const { return m_Exchanges; }
 
 private:
+    using ExchangeSession = std::pair<std::string, std::string>;
+
     template <class Names>
     static std::string NameOf(const Names& names, LONG key) {
         const auto found = names.find(key);
@@ -216,12 +240,10 @@ private:
         Note(reasons, m_SessionKeys.Problem(*m_Run, row.Session));
         if (const auto kept = m_SessionNames.find(m_SessionKeys.KeyOf(row.Session)); kept != m_SessionNames.end())
             row.Session = kept->second;
-        const auto [user, alone] = m_SessionUsers.emplace(SessionNameId(row.Session), row.Name);
-        if (!alone && user->second != row.Name)
-            m_Run->Console.Warn(
-                fmt::format("The exchanges \"{}\" and \"{}\" share the session \"{}\", which goes when "
-                            "one of them is deleted: give each a session of its own.",
-                            user->second, row.Name, row.Session));
+    }
+
+    std::string SessionIdOf(const tagExchange& exchange) const {
+        return SessionNameId(NameOf(m_SessionNames, exchange.Session));
     }
 
     tagExchange ExchangeOf(const Row& row, LONG setting) const {
@@ -270,8 +292,8 @@ private:
     std::set<LONG> m_LeftOutSessions; // of an export
     std::map<LONG, PriceTexts> m_Prices;
     std::map<LONG, std::size_t> m_SettingUses;
-    std::map<std::string, std::string> m_SessionUsers; // the first exchange of each session, by its id
     std::vector<tagKeyedExchange> m_Exchanges;
+    std::vector<ExchangeSession> m_NewSessions; // the names of both, in the order of the file
 };
 
 class CExchangesDataset final : public ISmallDataset {
@@ -298,7 +320,10 @@ public:
     }
 
     tagImportCounts Import(tagImportRun& run, const tagImportFile& file) const override {
-        return ImportTable(*this, run, file, CExchangeTable(run.Store, &run));
+        CExchangeTable table(run.Store, &run);
+        const tagImportCounts counts = ImportTable(*this, run, file, table);
+        table.WarnOfSharedSessions(run.Console);
+        return counts;
     }
 };
 

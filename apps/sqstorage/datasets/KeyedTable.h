@@ -7,7 +7,8 @@
 //   Parse(values, reasons)      the row that a file's values make, or nothing and why not
 //   Cells(row)                  the values of a row, in the order of the dataset's columns
 //   Insert(row), Update(stored, row)
-//   ExportProblem(key)          if there is such a thing: why an export leaves out a row that Parse would take
+//   Taken(row)                  if there is such a thing: the store has the row from now on; in a dry run, would
+//   have ExportProblem(key)          if there is such a thing: why an export leaves out a row that Parse would take
 //
 // Errors: CStoreRefusal out of the last two is told of the row, and the other rows go on.
 #pragma once
@@ -91,6 +92,8 @@ void BringIn(const tagImportRun& run, Table& table, const tagStoredRow<Row>* the
     } else {
         if (!run.Options.DryRun)
             there ? table.Update(*there, row) : table.Insert(row);
+        if constexpr (requires { table.Taken(row); })
+            table.Taken(row);
         ++(there ? counts.Updated : counts.Added);
     }
 }

@@ -453,6 +453,56 @@ TEST_F(MarketImport, ExchangesThatShareASessionAreWarnedOf) {
     EXPECT_EQ(Import("exchanges.csv", ExchangeHeader + "E,H,S,100,50,1000000,0.25," + Chicago + "\n").Errors, "");
 }
 
+TEST_F(MarketImport, ExchangesThatChangeTheirSessionsForEachOthersShareNone) {
+    MakeExchange();
+    ASSERT_EQ(Import("sessions.csv", SessionHeader + "T,1,2\n").Status, 0);
+    ASSERT_EQ(Import("exchanges.csv", ExchangeHeader + "F,H,T,1,1,1,1," + Tokyo + "\n").Status, 0);
+    const std::string swapped =
+        ExchangeHeader + "F,H,S,1,1,1,1," + Tokyo + "\nE,H,T,100,50,1000000,0.25," + Chicago + "\n";
+    const tagEnd kept = Import("exchanges.csv", swapped);
+    EXPECT_EQ(kept.Output, Summary("exchanges.csv", "2,0,0,0,2,0"));
+    EXPECT_THAT(kept.Errors, Not(HasSubstr("share")));
+    EXPECT_EQ(Import("exchanges.csv", swapped, {"--update", "--dry-run", "--quiet"}).Errors, "");
+    EXPECT_EQ(Import("exchanges.csv", swapped, {"--update"}).Errors, "");
+    EXPECT_THAT(Json("exchanges"), HasSubstr("\"EXCHANGE_NAME\": \"F\", \"DESCRIPTION\": \"\", \"HOLIDAY_NAME\": "
+                                             "\"H\", \"SESSION_NAME\": \"S\""));
+}
+
+TEST_F(MarketImport, AShareThatComesAboutIsWarnedOfOnceWhicheverWay) {
+    MakeExchange();
+    ASSERT_EQ(Import("sessions.csv", SessionHeader + "T,1,2\n").Status, 0);
+    ASSERT_EQ(Import("exchanges.csv", ExchangeHeader + "F,H,T,1,1,1,1," + Tokyo + "\n").Status, 0);
+    const auto warning = [](const std::string& one, const std::string& other, const std::string& session) {
+        return "warning: The exchanges \"" + one + "\" and \"" + other + "\" share the session \"" + session +
+               "\", which goes when one of them is deleted: give each a session of its own.\n";
+    };
+    // The first comes to the session of the second.
+    const std::string moved = ExchangeHeader + "E,H,T,100,50,1000000,0.25," + Chicago + "\n";
+    EXPECT_EQ(Import("exchanges.csv", moved, {"--update", "--dry-run", "--quiet"}).Errors, warning("F", "E", "T"));
+    EXPECT_EQ(Import("exchanges.csv", moved, {"--update"}).Errors, warning("F", "E", "T"));
+    EXPECT_EQ(Import("exchanges.csv", moved, {"--update"}).Errors, "") << "it was so before";
+    // Two new ones.
+    EXPECT_EQ(Import("exchanges.csv", ExchangeHeader + "G,H,S,1,1,1,1," + Tokyo + "\nH,H,s,1,1,1,1," + Tokyo + "\n")
+                  .Errors,
+              warning("G", "H", "S"));
+}
+
+TEST_F(MarketImport, AFileThatIsNotTakenIsWarnedOfNoShares) {
+    MakeExchange();
+    EXPECT_THAT(
+        Import("exchanges.csv", ExchangeHeader + "F,H,S,1,1,1,1," + Tokyo + "\nG,H,S,0,1,1,1," + Tokyo + "\n")
+            .Errors,
+        Not(HasSubstr("share")));
+}
+
+TEST_F(MarketImport, AnExchangeThatTheStoreRefusesSharesNothing) {
+    MakeExchange();
+    CHeldDatabase(Database()).Run(L"ALTER TABLE EXCHANGES ADD CONSTRAINT NO_F CHECK (EXCHANGE_NAME<>'F')");
+    const tagEnd end = Import("exchanges.csv", ExchangeHeader + "F,H,S,1,1,1,1," + Tokyo + "\n");
+    EXPECT_EQ(end.Status, 4);
+    EXPECT_THAT(end.Errors, Not(HasSubstr("share")));
+}
+
 TEST_F(MarketImport, CurrenciesAreTwoNumbers) {
     ASSERT_EQ(Import("currencies.csv", "ID,CURRENCY_CODE\n7,840\n-1,978\n").Status, 0);
     EXPECT_EQ(Import("currencies.csv", "ID,CURRENCY_CODE\n7,826\n").Output,
