@@ -157,6 +157,9 @@ public:
                              PutBack(setting, there.Value.Prices);
                      },
                      "its old prices");
+        // The next of those that shared it may be the last.
+        if (setting != before)
+            --m_SettingUses[before];
     }
 
     void Taken(const Row& row) {

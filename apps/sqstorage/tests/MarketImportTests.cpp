@@ -359,6 +359,45 @@ TEST_F(MarketImport, ASettingThatTwoExchangesShareStaysWithTheOther) {
     EXPECT_THAT(Json("exchanges"), HasSubstr("\"SESSION_NAME\": \"T\", \"PRICE_SCALE\": 9"));
 }
 
+TEST_F(MarketImport, ASettingThatTwoExchangesSharedGoesToTheLastWhenBothChange) {
+    MakeExchange();
+    ASSERT_EQ(Import("sessions.csv", SessionHeader + "T,1,2\n").Status, 0);
+    ASSERT_EQ(Import("exchanges.csv", ExchangeHeader + "F,H,T,1,1,1,1," + Tokyo + "\n").Status, 0);
+    {
+        CHeldDatabase database(Database());
+        database.Run(L"DELETE FROM SETTINGS WHERE SETTING<>3");
+        database.Run(L"UPDATE EXCHANGES SET SETTING=3");
+    }
+    const tagEnd end =
+        Import("exchanges.csv", ExchangeHeader + "E,H,S,8,8,8,8," + Chicago + "\nF,H,T,9,9,9,9," + Tokyo + "\n",
+               {"--update"});
+    EXPECT_EQ(end.Output, Summary("exchanges.csv", "2,0,2,0,0,0"));
+    EXPECT_THAT(Json("exchanges"), HasSubstr("\"SESSION_NAME\": \"S\", \"PRICE_SCALE\": 8"));
+    EXPECT_THAT(Json("exchanges"), HasSubstr("\"SESSION_NAME\": \"T\", \"PRICE_SCALE\": 9"));
+    EXPECT_EQ(CHeldDatabase(Database()).Number(L"SELECT COUNT(*) AS SETTING FROM SETTINGS"), 2)
+        << "one for each, and none that belongs to nobody";
+}
+
+TEST_F(MarketImport, ARefusedChangeLeavesTheSharedSettingToBothExchanges) {
+    MakeExchange();
+    ASSERT_EQ(Import("sessions.csv", SessionHeader + "T,1,2\n").Status, 0);
+    ASSERT_EQ(Import("exchanges.csv", ExchangeHeader + "F,H,T,1,1,1,1," + Tokyo + "\n").Status, 0);
+    {
+        CHeldDatabase database(Database());
+        database.Run(L"UPDATE EXCHANGES SET SETTING=3");
+        database.Run(L"ALTER TABLE EXCHANGES ADD CONSTRAINT NO_X CHECK (MAP_ID<>'x')");
+    }
+    const std::string rows = "E,x,H,S,8,8,8,8," + std::string(Chicago) + "\nF,,H,T,9,9,9,9," + Tokyo + "\n";
+    const tagEnd end = Import("exchanges.csv",
+                              "EXCHANGE_NAME,MAP_ID,HOLIDAY_NAME,SESSION_NAME,PRICE_SCALE,POINT_VALUE,"
+                              "DAILY_LIMIT,MIN_MOVEMENT,EXCHANGE_TIME_ZONE_INFORMATION\n" +
+                                  rows,
+                              {"--update"});
+    EXPECT_EQ(end.Output, Summary("exchanges.csv", "2,0,1,0,0,1"));
+    EXPECT_THAT(Json("exchanges"), HasSubstr("\"SESSION_NAME\": \"S\", \"PRICE_SCALE\": 100"));
+    EXPECT_THAT(Json("exchanges"), HasSubstr("\"SESSION_NAME\": \"T\", \"PRICE_SCALE\": 9"));
+}
+
 TEST_F(MarketImport, ARefusedExchangeLeavesNoSettingBehind) {
     ASSERT_EQ(Import("sessions.csv", SessionHeader + "S,1,2\n").Status, 0);
     CHeldDatabase(Database()).Run(L"ALTER TABLE EXCHANGES ADD CONSTRAINT NO_X CHECK (EXCHANGE_NAME<>'X')");
