@@ -120,4 +120,14 @@ void CBareDatabase::WriteRows(const std::string& sql, std::span<const std::vecto
     transaction->commit(&m_Status);
 }
 
+std::string CBareDatabase::PlanOf(std::string_view sql) {
+    ITransaction* transaction = StartReading();
+    IStatement* statement = m_Attachment->prepare(&m_Status, transaction, LengthOf(sql), sql.data(), Dialect,
+                                                  IStatement::PREPARE_PREFETCH_DETAILED_PLAN);
+    const std::string plan = statement->getPlan(&m_Status, true);
+    statement->free(&m_Status);
+    transaction->commit(&m_Status);
+    return plan;
+}
+
 } // namespace bench

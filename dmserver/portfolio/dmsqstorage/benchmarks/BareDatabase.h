@@ -36,6 +36,8 @@ public:
     void Write(std::string_view sql);
     // Runs a statement that comes again, once for each row of values, all in one transaction.
     void WriteRows(const std::string& sql, std::span<const std::vector<Value>> rows);
+    // How the engine would run the statement, step by step.
+    std::string PlanOf(std::string_view sql);
 
 private:
     using Status = Firebird::ThrowStatusWrapper;

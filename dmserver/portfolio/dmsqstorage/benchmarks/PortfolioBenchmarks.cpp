@@ -9,6 +9,7 @@
 //
 // --markdown prints the table of docs/performance.md. --scattered has no two symbols of a root together in the
 // file, which is the worst for a reading by name.
+#include "Flags.h"
 #include "PortfolioStore.h"
 #include "dmserver/dmudfcom/interface/TableRows.h"
 #include "platform/clock.h"
@@ -425,18 +426,6 @@ private:
 
     std::map<std::string, benchmark::UserCounters> m_Counters;
 };
-
-// Takes a flag of this program's own out of the arguments.
-bool TakeFlag(int& count, char** arguments, const char* flag) {
-    const auto end = arguments + count;
-    const auto found =
-        std::find_if(arguments, end, [flag](const char* each) { return std::strcmp(each, flag) == 0; });
-    if (found == end)
-        return false;
-    std::copy(found + 1, end, found);
-    --count;
-    return true;
-}
 
 } // namespace
 

@@ -4,11 +4,12 @@
 // prepares it.
 #include "BareDatabase.h"
 #include "Comparison.h"
+#include "Flags.h"
 #include "PortfolioStore.h"
 #include "SymbolArguments.h"
 #include "platform/text.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <memory>
 
 namespace {
@@ -75,6 +76,11 @@ std::string InsertStatement(LONG key, const tagSymbolArguments& symbol) {
                        key, Name(symbol), symbol.Datafeed, symbol.Exchange);
 }
 
+std::string NameSelect(const tagSymbolArguments& symbol) {
+    return fmt::format("SELECT SYMBOL FROM PORTFOLIO WHERE DATA_FEED={} AND SYMBOL_NAME='{}'", symbol.Datafeed,
+                       Name(symbol));
+}
+
 void InsertPortfolio(benchmark::State& state) {
     tagPortfolio& portfolio = Portfolio(static_cast<LONG>(state.range(0)));
     CBareDatabase& bare = *portfolio.Bare;
@@ -106,8 +112,7 @@ void GetSymbolByName(benchmark::State& state) {
     CComparison comparison;
     for (auto _ : state) {
         const tagSymbolArguments& symbol = symbols.at(next++);
-        const std::string sql = fmt::format("SELECT SYMBOL FROM PORTFOLIO WHERE DATA_FEED={} AND SYMBOL_NAME='{}'",
-                                            symbol.Datafeed, Name(symbol));
+        const std::string sql = NameSelect(symbol);
         const CBstr name(*symbol.SymbolName);
         LONG key = 0;
         int bareKey = 0;
@@ -132,6 +137,24 @@ BENCHMARK(GetSymbolByName)->Apply(InSmall);
 BENCHMARK(InsertPortfolio)->Apply(InLarge);
 BENCHMARK(GetSymbolByName)->Apply(InLarge);
 
+void TellPlans(LONG symbols) {
+    CBareDatabase& bare = *Portfolio(symbols).Bare;
+    const tagSymbolArguments symbol = NewSymbol(L"PLAN");
+    fmt::print("\nThe test for a duplicate among {} symbols:{}\n\nGetSymbolByName among as many:{}\n", symbols,
+               bare.PlanOf(DuplicateSelect(symbol)), bare.PlanOf(NameSelect(symbol)));
+}
+
 } // namespace
 
-BENCHMARK_MAIN();
+// --plans also prints how the engine finds a symbol in the large portfolio.
+int main(int count, char** arguments) {
+    const bool wantsPlans = TakeFlag(count, arguments, "--plans");
+    benchmark::Initialize(&count, arguments);
+    if (benchmark::ReportUnrecognizedArguments(count, arguments))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    if (wantsPlans)
+        TellPlans(Large);
+    benchmark::Shutdown();
+    return 0;
+}
