@@ -1,6 +1,8 @@
 #pragma once
 // What stands at the other end of the standard streams. Any thread may call.
 
+#include "platform/com/types.h"
+
 namespace platform {
 
 enum class EStandardStream { Output = 1, Error = 2 };
@@ -10,5 +12,11 @@ enum class EStandardStream { Output = 1, Error = 2 };
 
 // In characters; 80 where there is no terminal or it does not say.
 [[nodiscard]] int TerminalWidth(EStandardStream stream) noexcept;
+
+// For a program to call before it opens anything. A stream that it was started without fails, where it would be the
+// next file opened; and writing where nobody reads any more fails, where it would end the program.
+void SecureStandardStreams() noexcept;
+// Whether it is with this error that such a write failed.
+[[nodiscard]] bool IsReaderGone(DWORD error) noexcept;
 
 } // namespace platform
