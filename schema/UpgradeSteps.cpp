@@ -1,5 +1,11 @@
 #include "schema/interface/Schema.h"
 
+#include "StatementSplitter.h"
+#include "upgrade_1_to_2.sql.h"
+
+#include <array>
+#include <vector>
+
 // How the definition changes:
 //
 // - The .sql files always describe the newest version; a fresh database never goes through the steps.
@@ -12,6 +18,10 @@
 // - Columns are appended only, and never to a table that takes positional inserts, unless the column is computed.
 namespace sqSchema {
 
-std::span<const tagUpgradeStep> UpgradeSteps() { return {}; }
+std::span<const tagUpgradeStep> UpgradeSteps() {
+    static const std::vector<std::string_view> upgrade1To2 = SplitStatements(Upgrade1To2Sql);
+    static const std::array steps{tagUpgradeStep{1, 2, upgrade1To2}};
+    return steps;
+}
 
 } // namespace sqSchema

@@ -169,7 +169,8 @@ END
 -- What a symbol or a custom future has from its exchange, its setting and its session, by the numbers that stand in
 -- its row. SETTING_TYPE 0 takes the row's own setting; SESSION_TYPE 0 takes the row's own session and 2 its template;
 -- every other type takes the exchange's. Where the exchange, the setting or the session is gone, only what came from
--- there is missing; without an exchange SETTING stays the row's own.
+-- there is missing; without an exchange SETTING stays the row's own. A session that cannot be written as text leaves
+-- out its text alone: who looks for the symbol must find it, whatever became of its session.
 CREATE PROCEDURE EFFECTIVE_TERMS (
     EXCHANGE_KEY      INTEGER,
     SETTING_TYPE      SMALLINT,
@@ -221,7 +222,11 @@ BEGIN
     INTO :SESSION, :SESSION_ZONE;
     IF (SESSION IS NOT NULL) THEN
     BEGIN
-        SESSIONS_STRING = SESSION_TEXT(SESSION);
+        BEGIN
+            SESSIONS_STRING = SESSION_TEXT(SESSION);
+            WHEN EXCEPTION SESSION_NOT_PRESENTABLE DO
+                SESSIONS_STRING = NULL;
+        END
         SESSIONS_TIME_ZONE_INFORMATION = SESSION_ZONE_TEXT(SESSION_ZONE, EXCHANGE_TIME_ZONE_INFORMATION);
     END
 END

@@ -1,4 +1,4 @@
 -- The last statement of a creation. Terminator and comments as in tables.sql.
 
-INSERT INTO SCHEMA_INFO (SCHEMA_VERSION) VALUES (1)
+INSERT INTO SCHEMA_INFO (SCHEMA_VERSION) VALUES (2)
 ^

@@ -14,7 +14,7 @@
 namespace sqSchema {
 
 // The version that the program expects in SCHEMA_INFO.
-inline constexpr std::int32_t CurrentVersion = 1;
+inline constexpr std::int32_t CurrentVersion = 2;
 
 // Gives one row with one integer. Fails on a database that was not made by this definition, and gives no row on
 // one whose creation did not finish: neither can be worked with or upgraded.

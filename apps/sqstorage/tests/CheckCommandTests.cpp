@@ -18,7 +18,7 @@ TEST_F(CheckCommand, AGoodStoreIsStatus0) {
          {"registry,ok,The registry entries are in " + Registry().string() + ".\n",
           "database,ok,\"The database is " + Database().string() + ", opened as SYSDBA.\"\n",
           std::string("store,ok,The store opens.\n"),
-          std::string("schema,ok,The schema has version 1; this program works with version 1.\n"),
+          std::string("schema,ok,The schema has version 2; this program works with version 2.\n"),
           std::string("engine,ok,\"Engine and client are "), std::string("holidays,ok,The store holds 13 holiday"),
           std::string("holiday_dates,ok,The store holds 359 holiday date"),
           std::string("settings,ok,The store holds 60 price setting"),

@@ -81,7 +81,7 @@ TEST_F(OpenFailure, TheSchemaIsTooOld) {
     Create();
     CHeldDatabase(Database()).Run(L"UPDATE SCHEMA_INFO SET SCHEMA_VERSION=0");
     ExpectRefused(
-        "The database has schema version 0, older than version 1 of this program: bring it up to date with "
+        "The database has schema version 0, older than version 2 of this program: bring it up to date with "
         "\"sqstorage upgrade\".");
 }
 
@@ -89,7 +89,7 @@ TEST_F(OpenFailure, TheSchemaIsTooNew) {
     Create();
     CHeldDatabase(Database()).Run(L"UPDATE SCHEMA_INFO SET SCHEMA_VERSION=99");
     ExpectRefused(
-        "The database has schema version 99, newer than version 1 of this program: install a newer version "
+        "The database has schema version 99, newer than version 2 of this program: install a newer version "
         "of the program.");
 }
 

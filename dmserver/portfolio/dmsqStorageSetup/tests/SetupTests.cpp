@@ -48,6 +48,13 @@ TEST_F(Setup, AnUpgradeOfAnUpToDateStorageDoesNothing) {
     EXPECT_EQ(sqSchema::CurrentVersion, m_Place.Run(L"SELECT SCHEMA_VERSION FROM SCHEMA_INFO"));
 }
 
+TEST_F(Setup, AnUpgradeBringsAStorageOfTheFirstVersionToThisOne) {
+    sqSetup::CreateStorage(m_Place.Connection());
+    m_Place.Run(L"UPDATE SCHEMA_INFO SET SCHEMA_VERSION=1");
+    EXPECT_EQ(sqSchema::CurrentVersion - 1, sqSetup::UpgradeStorage(m_Place.Connection()));
+    EXPECT_EQ(sqSchema::CurrentVersion, m_Place.Run(L"SELECT SCHEMA_VERSION FROM SCHEMA_INFO"));
+}
+
 TEST_F(Setup, AnUpgradeRefusesANewerStorageAndLeavesIt) {
     sqSetup::CreateStorage(m_Place.Connection());
     m_Place.Run(L"UPDATE SCHEMA_INFO SET SCHEMA_VERSION=99");

@@ -130,7 +130,7 @@ TEST_F(Creation, FailsOnASchemaThatIsTooOld) {
     m_Host.Install();
     m_Host.Sql(L"UPDATE SCHEMA_INFO SET SCHEMA_VERSION=0");
     ExpectFailure(
-        L"the database has schema version 0, older than version 1 of this program: bring it up to date with "
+        L"the database has schema version 0, older than version 2 of this program: bring it up to date with "
         L"\"sqstorage upgrade\"");
 }
 
@@ -138,7 +138,7 @@ TEST_F(Creation, FailsOnASchemaThatIsTooNew) {
     m_Host.Install();
     m_Host.Sql(L"UPDATE SCHEMA_INFO SET SCHEMA_VERSION=99");
     ExpectFailure(
-        L"the database has schema version 99, newer than version 1 of this program: install a newer version "
+        L"the database has schema version 99, newer than version 2 of this program: install a newer version "
         L"of the program");
 }
 

@@ -1,6 +1,6 @@
 // The two roads to a symbol, the procedure that the database runs for one and the join in memory for all, deliver
 // the same: compared row by row, in every column that both have.
-#include "PortfolioFixture.h"
+#include "CursorFixture.h"
 
 #include "platform/text.h"
 
@@ -143,6 +143,27 @@ protected:
         EXPECT_EQ(1U, records.size()) << symbol;
         return records.empty() ? Values() : records.front();
     }
+    // Makes a custom future of every symbol, under the symbol's key.
+    static void AddTwins() {
+        Sql(L"DELETE FROM CUSTOM_FUTURES");
+        Sql(L"INSERT INTO CUSTOM_FUTURES (CF,SYMBOL_NAME,SYMBOL_ROOT,CF_CODE,DESCRIPTION,CATEGORY,DATA_FEED,"
+            L"EXCHANGE,SETTING_TYPE,SETTING,SESSION_TYPE,CUSTOM_SESSION,TEMPLATE_SESSION,MARGIN) SELECT SYMBOL,"
+            L"SYMBOL_NAME,SYMBOL_ROOT,'C',DESCRIPTION,CATEGORY,DATA_FEED,EXCHANGE,SETTING_TYPE,SETTING,"
+            L"SESSION_TYPE,CUSTOM_SESSION,TEMPLATE_SESSION,MARGIN FROM PORTFOLIO");
+    }
+    Values ByCustomFuture(LONG key) {
+        const auto cursors = m_Storage.As<IDM_qxStorage::IqxPortfolio>();
+        const auto table = NewTable();
+        LONG id = 0;
+        LONG count = 0;
+        const tagCursorRequest request{.Type = CustomFuture, .Symbol = key};
+        EXPECT_EQ(S_OK, cursors->Advise(0, request.Make().Get(), table.Get(), &id));
+        EXPECT_EQ(S_OK, cursors->Fetch(id, &count));
+        EXPECT_EQ(1, count) << key;
+        EXPECT_EQ(S_OK, cursors->Unadvise(id));
+        const std::vector<Values> records = ValuesOf(table);
+        return records.empty() ? Values() : records.front();
+    }
     // The columns of which both roads have one.
     static std::set<std::wstring> ExpectSame(const Values& joined, const Values& asked) {
         std::set<std::wstring> compared;
@@ -182,26 +203,33 @@ TEST_F(PortfolioRoads, DeliverTheSameOnAMachineInGreenwich) {
     ExpectSameRoads();
 }
 
-// Neither road writes a text that readers would misunderstand: the procedure refuses the symbol, the join ends
-// there.
-TEST_F(PortfolioRoads, RefuseTheSameSessions) {
+// What a custom future has from exchange, setting and session is what a symbol of the same numbers has.
+TEST_F(PortfolioRoads, CustomFuturesDeliverTheSame) {
+    AddTwins();
+    for (const auto& [symbol, values] : AllBySymbol())
+        ASSERT_THAT(ExpectSame(values, ByCustomFuture(symbol)), SizeIs(23));
+    EXPECT_THAT(Recorder::Asserts(), IsEmpty());
+}
+
+// Neither road writes a text that readers would misunderstand: the join reports it and ends there, the procedure
+// delivers the symbol without it.
+TEST_F(PortfolioRoads, LeaveOutTheSameSessions) {
     for (const wchar_t* detail : {L"6944,38400,1,0,0,0,0", L"-1,0,1,0,0,0,0", L"1,0,2147483647,2147483647,0,0,0",
                                   L"1,0,1,0,-1,0,0", L"1,0,1,0,0,-1,0", L"1,0,1,0,0,0,10000000"}) {
         Write(Host(), {L"DELETE FROM PORTFOLIO", L"DELETE FROM SESSION_DETAILS",
-                       std::wstring(L"INSERT INTO SESSION_DETAILS VALUES(200,") + detail + L")",
                        tagSymbolRow{.SessionType = 0, .CustomSession = 200}.Insert()});
+        Values written = BySymbol(1);
+        Write(Host(), {std::wstring(L"INSERT INTO SESSION_DETAILS VALUES(200,") + detail + L")"});
         TakeAll();
         const auto table = SelectAll(*m_Storage);
         EXPECT_THAT(Column(table, L"SESSIONS_STRING"), testing::ElementsAre(L""));
         EXPECT_THAT(Recorder::Errors(), SizeIs(1)) << platform::ToUtf8(detail);
         TakeAll();
-        const auto request = NewRequest();
-        const auto asked = NewTable();
-        request->put_Symbol(0, 1);
-        m_Storage->SelectPortfolio(0, request.Get(), asked.Get());
-        EXPECT_EQ(0, RecordCount(asked));
-        EXPECT_THAT(Recorder::Asserts(), testing::Contains(testing::HasSubstr(L"session 200")))
-            << platform::ToUtf8(detail);
+        std::get<std::wstring>(written.at(L"SESSIONS_STRING")).clear();
+        EXPECT_EQ(written, BySymbol(1)) << platform::ToUtf8(detail);
+        AddTwins();
+        EXPECT_THAT(ExpectSame(written, ByCustomFuture(1)), SizeIs(23));
+        EXPECT_THAT(Recorder::Asserts(), IsEmpty());
     }
 }
 
