@@ -60,7 +60,9 @@ struct IqxStorage : IDispatch {
     // Replaces all details of the session that the current record names.
     virtual HRESULT InsertSessionDetails(IdmTable* Table) = 0;
     virtual HRESULT DeleteSessionDetails(LONG Session) = 0;
-    // Symbols of the portfolio. Without a request all of them are selected.
+    // Symbols of the portfolio. Without a request all of them are selected. An insert answers S_OK with a new key,
+    // and S_FALSE with the key of the row that is there already when one has the same name, category, feed and
+    // exchange; what the database refuses is reported and answers S_OK with a key that has no row.
     virtual HRESULT SelectPortfolio(LONG Mode, IdmRequest* Request, IdmTable* Table) = 0;
     virtual HRESULT InsertPortfolio(BSTR SymbolName, BSTR SymbolRoot, BSTR Description, BSTR CUSIP, LONG Category,
                                     LONG Datafeed, LONG Exchange, LONG SettingType, LONG Setting, LONG SessionType,
@@ -75,7 +77,8 @@ struct IqxStorage : IDispatch {
                                     LONG ContractYear, double StrikePrice, LONG CallPut, LONG Margin,
                                     LONG ExpirationDate, LONG Expired, LONG ExpirationRule, LONG FirstNoticeDate,
                                     LONG Delivery) = 0;
-    // The dictionary table: rows of the same shape.
+    // The dictionary table: rows of the same shape. Its insert looks for the same symbol in the portfolio and
+    // answers S_OK with that row's key, too.
     virtual HRESULT SelectDictionary(LONG Mode, IdmRequest* Request, IdmTable* Table) = 0;
     virtual HRESULT InsertDictionary(BSTR SymbolName, BSTR SymbolRoot, BSTR Description, BSTR CUSIP, LONG Category,
                                      LONG Datafeed, LONG Exchange, LONG SettingType, LONG Setting, LONG SessionType,

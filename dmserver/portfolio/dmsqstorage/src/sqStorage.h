@@ -152,9 +152,10 @@ public:
     void DeleteCurrency(LONG Id);
 
     // Symbols. TableName is "PORTFOLIO" or its twin "DICTIONARY".
-    // 0 when it wrote a row, 1 when it wrote none: PORTFOLIO, and always that, has one of the same name, category,
-    // feed and exchange, or a text is missing. `Symbol` receives the key of the row that is there, or 0; without
-    // one of the texts it stays as it is.
+    // 0 when the statement was run, under a new key, which `Symbol` receives: also when the database refused the
+    // statement, which is reported and leaves the key without a row. 1 when none was run: PORTFOLIO, and always
+    // that, has a row of the same name, category, feed and exchange, and `Symbol` receives its key; or a text is
+    // missing, and `Symbol` stays as it is; or something raised, and `Symbol` receives 0.
     LONG InsertSymbol(const wchar_t* TableName, tagSymbol Row, LONG* Symbol);
     void UpdateSymbol(const wchar_t* TableName, LONG Symbol, tagSymbol Row);
     // The row and nothing else.
