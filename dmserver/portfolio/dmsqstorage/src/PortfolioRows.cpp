@@ -1,5 +1,6 @@
 #include "PortfolioRows.h"
 
+#include "SymbolRecord.h"
 #include "platform/com/com_error.h"
 #include "platform/text.h"
 #include "unicomp/datetimeutils/interface/LocalTimeConvert.h"
@@ -11,8 +12,10 @@ namespace select_portfolio_impl {
 
 namespace {
 
-enum tagSETTINGTYPE : LONG { settingCustom = 0 };
-enum tagSESSIONTYPE : LONG { sessionCustom = 0, sessionTemplate = 2 };
+using sqStorage::sessionCustom;
+using sqStorage::sessionTemplate;
+using sqStorage::settingCustom;
+
 enum tagTIMEZONE : LONG { zoneLocal = 0, zoneGmt = 1, zoneExchange = 2 };
 
 tagSharedText Shared(const std::wstring& text) { return {platform::ToUtf8(text)}; }

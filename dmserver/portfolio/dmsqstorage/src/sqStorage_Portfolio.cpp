@@ -3,6 +3,7 @@
 #include "SelectPortfolioImpl.h"
 #include "SelectStatements.h"
 #include "StatementText.h"
+#include "SymbolRecord.h"
 #include "diagnostics/interface/BugSlayer.h"
 #include "platform/com/bstr.h"
 #include "platform/com/com_error.h"
@@ -25,7 +26,7 @@ struct tagWanted {
     LONG Symbol = 0;
     platform::CBstr SymbolName;
     LONG Datafeed = 0;
-    LONG Category = 254;
+    LONG Category = categoryNone;
     LONG ExchangeId = 0;
 
     tagWanted(IdmRequest& request, LONG mode) {
@@ -35,7 +36,7 @@ struct tagWanted {
         platform::ThrowIfFailed(request.get_Category(mode, &Category));
         platform::ThrowIfFailed(request.get_ExchangeId(mode, &ExchangeId));
     }
-    bool HasCategory() const { return Category != 254 && Category != -1; }
+    bool HasCategory() const { return Category != categoryNone && Category != categoryAny; }
     bool HasExchange() const { return ExchangeId > 0; }
 };
 
