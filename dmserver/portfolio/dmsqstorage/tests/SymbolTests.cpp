@@ -346,6 +346,39 @@ TEST_F(Symbols, TheSameSymbolTwiceIsOneRowOneAnnouncementAndOneKey) {
     EXPECT_THAT(Column(L"SYMBOL_ROOT,DESCRIPTION,CONTRACT_YEAR"), ElementsAre(Row{L"ES", L"E-mini", L"2009"}));
 }
 
+TEST_F(Symbols, ASymbolWhoseSessionCannotBeWrittenIsStillADuplicate) {
+    Sql(L"INSERT INTO SESSION_DETAILS VALUES(52,-1,0,0,0,0,0,0)");
+    const LONG key = Insert({});
+    EXPECT_EQ(Outcome(S_FALSE, key), TryInsert({}));
+    EXPECT_THAT(Column(L"SYMBOL"), SizeIs(1));
+    EXPECT_THAT(Recorder::Asserts(), IsEmpty());
+}
+
+TEST_F(Symbols, ASymbolOfAGoneExchangeIsStillADuplicate) {
+    tagSymbolArguments symbol;
+    symbol.Exchange = 999;
+    const LONG key = Insert(symbol);
+    EXPECT_EQ(Outcome(S_FALSE, key), TryInsert(symbol));
+    EXPECT_THAT(Column(L"SYMBOL"), SizeIs(1));
+}
+
+TEST_F(Symbols, WithoutAFeedTheDuplicateIsLookedForAmongAllThatBeginSo) {
+    tagSymbolArguments symbol;
+    symbol.SymbolName = L"ES";
+    symbol.Datafeed = 0;
+    Write(101, L"ES");
+    EXPECT_NE(101, Insert(symbol)) << "that one has a feed";
+    EXPECT_THAT(Column(L"DATA_FEED"), UnorderedElementsAre(Row{L"7"}, Row{L"0"}));
+    // A symbol is found only with its feed, so that without a feed of key 0 it is written again.
+    Insert(symbol);
+    Sql(L"DELETE FROM PORTFOLIO");
+    Sql(L"INSERT INTO DATA_FEEDS VALUES(0,'None','n.dll','{0}',1,1,0,0,'N')");
+    Write(201, L"ESZ", L"", 1, 0);
+    Write(202, L"ES", L"", 1, 0);
+    EXPECT_EQ(Outcome(S_FALSE, 202), TryInsert(symbol));
+    EXPECT_THAT(Column(L"SYMBOL"), SizeIs(2));
+}
+
 TEST_F(Symbols, AnotherCategoryFeedOrExchangeIsAnotherSymbol) {
     const std::pair<LONG tagSymbolArguments::*, LONG> others[]{
         {&tagSymbolArguments::Category, 2}, {&tagSymbolArguments::Datafeed, 8}, {&tagSymbolArguments::Exchange, 6}};
@@ -465,13 +498,29 @@ TEST_F(Symbols, UpdateLeavesTheSettingOfTheRowUnlessItIsTheSymbolsOwn) {
     symbol.SettingType = 0;
     symbol.Setting = 51;
     const LONG key = Insert(symbol);
-    symbol.SettingType = 1;
     symbol.Setting = 61;
+    for (const LONG type : {1, 2, 3}) {
+        symbol.SettingType = type;
+        TakeAll();
+        EXPECT_EQ(S_OK, Update(key, symbol));
+        EXPECT_THAT(Statements(), ElementsAre(AllOf(HasSubstr(L"DELIVERY='01.01.1900' WHERE SYMBOL="),
+                                                    Not(HasSubstr(L",SETTING=")))));
+        EXPECT_THAT(Column(L"SETTING_TYPE,SETTING"), ElementsAre(Row{Text(type), L"51"}));
+    }
+}
+
+TEST_F(Symbols, AQuoteInTheCusipBreaksTheUpdateToo) {
+    tagSymbolArguments symbol;
+    const LONG key = Insert(symbol);
     TakeAll();
+    const auto before = Sql(L"SELECT * FROM PORTFOLIO");
+    symbol.SymbolName = L"OTHER";
+    symbol.CUSIP = L"1'2";
     EXPECT_EQ(S_OK, Update(key, symbol));
-    EXPECT_THAT(Statements(), ElementsAre(AllOf(HasSubstr(L"DELIVERY='01.01.1900' WHERE SYMBOL="),
-                                                Not(HasSubstr(L",SETTING=")))));
-    EXPECT_THAT(Column(L"SETTING_TYPE,SETTING"), ElementsAre(Row{L"1", L"51"}));
+    EXPECT_THAT(Statements(), ElementsAre(HasSubstr(L",CUSIP='1'2',")));
+    EXPECT_THAT(Recorder::Asserts(), Contains(StartsWith(L"Open: ")));
+    EXPECT_THAT(m_Changes.Take(), ElementsAre(Change(0x2, key)));
+    EXPECT_EQ(before, Sql(L"SELECT * FROM PORTFOLIO"));
 }
 
 TEST_F(Symbols, UpdateStoresTheRootAsItIsGiven) {
@@ -610,6 +659,49 @@ TEST_F(Symbols, DeleteLeavesWhatIsNotTheSymbolsOwn) {
     }
     EXPECT_THAT(Sql(L"SELECT SETTING FROM SETTINGS WHERE SETTING=90"), SizeIs(1));
     EXPECT_THAT(Sql(L"SELECT SESSION FROM SESSIONS WHERE SESSION=91"), SizeIs(1));
+}
+
+TEST_F(Symbols, DeleteTakesOnlyTheOneThatIsTheSymbolsOwn) {
+    Sql(L"INSERT INTO SETTINGS VALUES(90,1,1,1,1)");
+    Sql(L"INSERT INTO SESSIONS VALUES(91,0,'own',0)");
+    const std::wstring ofTheRow = L"UPDATE PORTFOLIO SET SETTING=90, CUSTOM_SESSION=91, TEMPLATE_SESSION=91";
+    tagSymbolArguments symbol;
+    symbol.SettingType = 0;
+    symbol.SessionType = 1;
+    LONG key = Insert(symbol);
+    Sql(ofTheRow);
+    TakeAll();
+    EXPECT_EQ(S_OK, m_Storage->DeletePortfolio(key));
+    EXPECT_THAT(Statements(), ElementsAre(L"sql = 'DELETE FROM SETTINGS WHERE SETTING=90'",
+                                          L"sql = 'DELETE FROM PORTFOLIO WHERE SYMBOL=" + Text(key) + L"'"));
+    EXPECT_THAT(m_Changes.Take(), ElementsAre(Change(0x20, 0), Change(0x4, 0)));
+    EXPECT_THAT(Sql(L"SELECT 1 FROM SETTINGS WHERE SETTING=90"), IsEmpty());
+    EXPECT_THAT(Sql(L"SELECT 1 FROM SESSIONS WHERE SESSION=91"), SizeIs(1));
+    Sql(L"INSERT INTO SETTINGS VALUES(90,1,1,1,1)");
+    symbol.SettingType = 1;
+    symbol.SessionType = 0;
+    key = Insert(symbol);
+    Sql(ofTheRow);
+    TakeAll();
+    EXPECT_EQ(S_OK, m_Storage->DeletePortfolio(key));
+    EXPECT_THAT(Statements(), ElementsAre(L"sql = 'DELETE FROM SESSION_DETAILS WHERE SESSION=91'",
+                                          L"sql = 'DELETE FROM SESSIONS WHERE SESSION=91'",
+                                          L"sql = 'DELETE FROM PORTFOLIO WHERE SYMBOL=" + Text(key) + L"'"));
+    EXPECT_THAT(m_Changes.Take(), ElementsAre(Change(0x200, 0), Change(0x100, 0), Change(0x4, 0)));
+    EXPECT_THAT(Sql(L"SELECT 1 FROM SETTINGS WHERE SETTING=90"), SizeIs(1));
+    EXPECT_THAT(Sql(L"SELECT 1 FROM SESSIONS WHERE SESSION=91"), IsEmpty());
+}
+
+TEST_F(Symbols, DeleteOfAnUnknownSymbolTakesTheTextFilesOfItsKeyAlong) {
+    Sql(L"INSERT INTO ASC_MAP (ID,SYMBOL) VALUES(101,2000000000)");
+    Sql(L"INSERT INTO ASC_TEMPLATES VALUES(101,1,1,'x')");
+    EXPECT_EQ(S_OK, m_Storage->DeletePortfolio(2000000000));
+    EXPECT_THAT(Statements(), ElementsAre(L"sql = 'DELETE FROM PORTFOLIO WHERE SYMBOL=2000000000'",
+                                          L"sql = 'DELETE FROM ASC_MAP WHERE ID=101'",
+                                          L"sql = 'DELETE FROM ASC_TEMPLATES WHERE ID=101'"));
+    EXPECT_THAT(m_Changes.Take(), ElementsAre(Change(0x4, 0), Change(0x400, 0)));
+    EXPECT_THAT(Sql(L"SELECT ID FROM ASC_MAP"), IsEmpty());
+    EXPECT_THAT(Sql(L"SELECT ID FROM ASC_TEMPLATES"), IsEmpty());
 }
 
 TEST_F(Symbols, DeleteOfAnUnknownSymbolIsDoneAndAnnounced) {
