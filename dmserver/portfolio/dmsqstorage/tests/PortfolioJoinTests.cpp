@@ -191,6 +191,31 @@ TEST_F(PortfolioJoin, SixStatementsRunInOneSnapshotAlsoForAnEmptyPortfolio) {
                                            L"SELECT * FROM SESSION_DETAILS", SymbolsSql, L"finish", L"gone"));
 }
 
+TEST_F(PortfolioJoin, TheFieldsComeBetweenThePreloadsAndTheSymbols) {
+    WritePortfolio({{.Symbol = 1}});
+    const auto table = NewTable();
+    std::vector<std::size_t> fields;
+    m_Watch.BeforeStatement = [&](const std::wstring&) { fields.push_back(FieldNames(table).size()); };
+    CSelectPortfolioHelper(m_Database.Get()).SelectAllPortfolio(table.Get());
+    EXPECT_THAT(fields, ElementsAre(0U, 0U, 0U, 0U, 0U, 35U));
+}
+
+TEST_F(PortfolioJoin, TheTableStaysAsItWasAtTheMomentOfTheFailure) {
+    WritePortfolio({{.Symbol = 1}});
+    for (std::size_t failing = 0; failing < 6; ++failing) {
+        const auto table = NewTable();
+        std::size_t statement = 0;
+        m_Watch.BeforeStatement = [&](const std::wstring&) {
+            if (statement++ == failing)
+                throw std::runtime_error("broken");
+        };
+        EXPECT_THROW(CSelectPortfolioHelper(m_Database.Get()).SelectAllPortfolio(table.Get()), std::runtime_error);
+        EXPECT_EQ(failing + 1, statement) << "nothing runs behind it";
+        EXPECT_THAT(FieldNames(table), SizeIs(failing < 5 ? 0 : 35)) << failing;
+        EXPECT_EQ(0, RecordCount(table));
+    }
+}
+
 TEST_F(PortfolioJoin, TheTransactionGoesWithAFailedWalkToo) {
     WritePortfolio({{.Exchange = 77}});
     EXPECT_THROW(Select(), std::exception);

@@ -76,6 +76,15 @@ constexpr const wchar_t* InfoColumns =
     L"STRIKE_PRICE,CAST(STRIKE_PRICE AS VARCHAR(32)) AS STRIKE_PRICE_NAME,CONTRACT_MONTH,CONTRACT_YEAR,CALL_PUT,"
     L"MARGIN,EXPIRATION_DATE,EXPIRED,EXPIRATION_RULE,FIRST_NOTICE_DATE,DELIVERY,EXCHANGE_GMT,LOCAL_GMT FROM ";
 
+// Without a key and a feed.
+constexpr const wchar_t* FilteredColumns =
+    L"SELECT P.SYMBOL,P.SYMBOL_NAME,P.SYMBOL_ROOT,P.DESCRIPTION,P.CUSIP,P.CATEGORY,P.DATA_FEED,D.DATA_FEED_NAME,"
+    L"P.EXCHANGE,P.SETTING_TYPE,P.SETTING,P.SESSION_TYPE,P.CUSTOM_SESSION,P.TEMPLATE_SESSION,P.CONTRACT_MONTH,"
+    L"P.CONTRACT_YEAR,CAST(P.STRIKE_PRICE AS FLOAT) AS STRIKE_PRICE,CAST(P.STRIKE_PRICE AS VARCHAR(32)) AS "
+    L"STRIKE_PRICE_NAME,P.CALL_PUT,P.MARGIN,P.EXPIRATION_DATE,P.EXPIRED,P.EXPIRATION_RULE,P.FIRST_NOTICE_DATE,"
+    L"P.DELIVERY,E.EXCHANGE_NAME FROM PORTFOLIO P, EXCHANGES E, DATA_FEEDS D WHERE P.EXCHANGE=E.EXCHANGE AND "
+    L"P.DATA_FEED=D.DATA_FEED";
+
 class Portfolio : public PortfolioTest {
 protected:
     // The tail of the statement that a request comes to.
@@ -592,14 +601,55 @@ TEST_F(Portfolio, WithoutKeyAndFeedTheFiltersMaySelectMany) {
     const auto table = Select(request);
     EXPECT_THAT(Column(table, L"SYMBOL"), testing::UnorderedElementsAre(L"1", L"2"));
     EXPECT_THAT(FieldNames(table), AllOf(SizeIs(26), Contains(L"DATA_FEED_NAME"), Contains(L"STRIKE_PRICE_NAME")));
-    EXPECT_TRUE(Host().HasPrepared(
-        L"SELECT "
-        L"P.SYMBOL,P.SYMBOL_NAME,P.SYMBOL_ROOT,P.DESCRIPTION,P.CUSIP,P.CATEGORY,P.DATA_FEED,D.DATA_FEED_NAME,"
-        L"P.EXCHANGE,P.SETTING_TYPE,P.SETTING,P.SESSION_TYPE,P.CUSTOM_SESSION,P.TEMPLATE_SESSION,P.CONTRACT_MONTH,"
-        L"P.CONTRACT_YEAR,CAST(P.STRIKE_PRICE AS FLOAT) AS STRIKE_PRICE,CAST(P.STRIKE_PRICE AS VARCHAR(32)) AS "
-        L"STRIKE_PRICE_NAME,P.CALL_PUT,P.MARGIN,P.EXPIRATION_DATE,P.EXPIRED,P.EXPIRATION_RULE,P.FIRST_NOTICE_DATE,"
-        L"P.DELIVERY,E.EXCHANGE_NAME FROM PORTFOLIO P, EXCHANGES E, DATA_FEEDS D WHERE P.EXCHANGE=E.EXCHANGE AND "
-        L"P.DATA_FEED=D.DATA_FEED AND UPPER(P.SYMBOL_NAME) LIKE 'ES%'"));
+    EXPECT_TRUE(Host().HasPrepared(std::wstring(FilteredColumns) + L" AND UPPER(P.SYMBOL_NAME) LIKE 'ES%'"));
+}
+
+TEST_F(Portfolio, ALongFilterReachesTheDatabaseWhole) {
+    const auto request = NewRequest();
+    request->put_Category(0, -1);
+    request->put_SymbolName(0, CBstr(std::wstring(600, L'x')).Get());
+    EXPECT_EQ(0, RecordCount(Select(request)));
+    const std::wstring sql =
+        FilteredColumns + (L" AND UPPER(P.SYMBOL_NAME) LIKE '" + std::wstring(600, L'X')) + L"%'";
+    EXPECT_GT(sql.size(), 1024U);
+    EXPECT_TRUE(Host().HasPrepared(sql));
+    EXPECT_THAT(Recorder::Asserts(), IsEmpty());
+}
+
+TEST_F(Portfolio, ARequestThatLeavesItsCategoryAsItIsAsksForNone) {
+    const auto request = platform::MakeObject<CRefusingRequest>();
+    request->OnGet = [](const std::wstring&) { return S_OK; };
+    request->Datafeed = 5;
+    request->SymbolName = L"ESH15";
+    EXPECT_EQ(S_OK, m_Storage->SelectPortfolio(0, request.Get(), NewTable().Get()));
+    EXPECT_TRUE(Host().HasPrepared(InfoColumns + Named(L"DATA_FEED=5 AND UPPER(SYMBOL_NAME)=UPPER('ESH15')")));
+    EXPECT_THAT(Recorder::Errors(), IsEmpty());
+}
+
+TEST_F(Portfolio, ARequestThatLeavesEverythingAsItIsAsksForNoKeyAndNoFeed) {
+    const auto request = platform::MakeObject<CRefusingRequest>();
+    request->OnGet = [](const std::wstring&) { return S_OK; };
+    EXPECT_EQ(S_OK, m_Storage->SelectPortfolio(0, request.Get(), NewTable().Get()));
+    EXPECT_TRUE(Host().HasPrepared(std::wstring(FilteredColumns) + L" AND P.CATEGORY=0"));
+    EXPECT_THAT(Recorder::Errors(), IsEmpty());
+}
+
+TEST_F(Portfolio, OnlyZeroAndMinusOneAreNoKeyAndOnlyZeroIsNoFeed) {
+    const auto request = NewRequest();
+    request->put_Symbol(0, -2);
+    ExpectTail(request, L"GET_SYMBOL_INFO(-2)");
+    request->put_Symbol(0, 0);
+    request->put_Category(0, -1);
+    request->put_SymbolName(0, CBstr(L"ESH15").Get());
+    for (const LONG feed : {-1, -5}) {
+        request->put_Datafeed(0, feed);
+        ExpectTail(request, Named(L"DATA_FEED=" + Text(feed) + L" AND UPPER(SYMBOL_NAME)=UPPER('ESH15')"));
+    }
+    for (const LONG none : {-1, -10}) {
+        request->put_ExchangeId(0, none);
+        request->put_Datafeed(0, 5);
+        ExpectTail(request, Named(L"DATA_FEED=5 AND UPPER(SYMBOL_NAME)=UPPER('ESH15')"));
+    }
 }
 
 TEST_F(Portfolio, AStatementLongerThanItsBufferIsReportedAndDoesNotRun) {

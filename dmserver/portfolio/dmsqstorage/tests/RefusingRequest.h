@@ -2,9 +2,11 @@
 #pragma once
 
 #include "dmserver/dmudfcom/interface/Carriers.h"
+#include "platform/com/bstr.h"
 #include "platform/com/object.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace tests {
@@ -14,6 +16,9 @@ class CRefusingRequest final : public platform::CObject<CRefusingRequest, platfo
 public:
     // The status of the property of that name. Its value stays as the caller left it.
     std::function<HRESULT(const std::wstring&)> OnGet = [](const std::wstring&) { return E_ABORT; };
+    // What it tells all the same.
+    std::optional<LONG> Datafeed;
+    std::optional<std::wstring> SymbolName;
 
     HRESULT get_Id(LONG*) override { return E_ABORT; }
     HRESULT put_Id(LONG) override { return E_ABORT; }
@@ -26,11 +31,18 @@ public:
     HRESULT get_Request(BSTR*) override { return E_ABORT; }
     HRESULT get_QueryType(LONG*) override { return E_ABORT; }
     HRESULT get_SymbolListType(LONG*) override { return E_ABORT; }
-    HRESULT get_Datafeed(LONG, LONG*) override { return OnGet(L"Datafeed"); }
+    HRESULT get_Datafeed(LONG, LONG* value) override {
+        *value = Datafeed.value_or(*value);
+        return OnGet(L"Datafeed");
+    }
     HRESULT put_Datafeed(LONG, LONG) override { return E_ABORT; }
     HRESULT get_Symbol(LONG, LONG*) override { return OnGet(L"Symbol"); }
     HRESULT put_Symbol(LONG, LONG) override { return E_ABORT; }
-    HRESULT get_SymbolName(LONG, BSTR*) override { return OnGet(L"SymbolName"); }
+    HRESULT get_SymbolName(LONG, BSTR* value) override {
+        if (SymbolName)
+            *value = platform::CBstr(*SymbolName).Detach();
+        return OnGet(L"SymbolName");
+    }
     HRESULT put_SymbolName(LONG, BSTR) override { return E_ABORT; }
     HRESULT get_SymbolRoot(LONG, BSTR*) override { return E_ABORT; }
     HRESULT put_SymbolRoot(LONG, BSTR) override { return E_ABORT; }
