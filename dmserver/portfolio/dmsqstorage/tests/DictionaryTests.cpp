@@ -204,6 +204,13 @@ TEST_F(Dictionary, SelectOfOneKeyReadsItAtOneWhateverTheMode) {
     EXPECT_TRUE(Host().HasPrepared(RowStatement(key)));
 }
 
+TEST_F(Dictionary, ANegativeKeyIsAKey) {
+    const auto request = NewRequest();
+    request->put_Symbol(1, -2);
+    EXPECT_EQ(0, RecordCount(Select(1, request)));
+    EXPECT_TRUE(Host().HasPrepared(RowStatement(-2)));
+}
+
 TEST_F(Dictionary, SelectOfOneKeyNeedsNoExchangeOrFeed) {
     tagSymbolArguments symbol = Symbol();
     symbol.Exchange = 999;

@@ -45,6 +45,12 @@ struct SingletonObject {
 };
 template struct CPrivateMember<SingletonObject, &dm::CSingleton<sqStorage::CStorage>::m_Object>;
 
+struct DumpWarning {
+    using Member = void (sqStorage::CStorage::*)(IdmTable*, const wchar_t*, const std::wstring&) const;
+    friend Member MemberOf(DumpWarning);
+};
+template struct CPrivateMember<DumpWarning, &sqStorage::CStorage::dumpWarning>;
+
 } // namespace tests
 
 namespace {
@@ -57,6 +63,14 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
+
+// The functions whose guards reported.
+std::vector<std::wstring> Reporters() {
+    std::vector<std::wstring> functions;
+    for (const auto& record : Recorder::RecordsOf(L"ERROR"))
+        functions.push_back(record.Inner.empty() ? L"" : record.Inner.front().Function);
+    return functions;
+}
 
 class SymbolInside : public SymbolTest {
 protected:
@@ -170,6 +184,32 @@ TEST_F(SymbolInside, AMissingTableNameIsReportedAndNothingRuns) {
     EXPECT_THAT(m_Changes.Take(), IsEmpty());
 }
 
+TEST_F(SymbolInside, EverythingThatIsMissingIsReportedInOrder) {
+    LONG key = -1;
+    EXPECT_EQ(1, Storage().InsertSymbol(nullptr, {}, &key));
+    EXPECT_EQ(-1, key);
+    EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"TableName", L"sn", L"sr", L"desc", L"CUSIP"));
+    Recorder::Clear();
+    Storage().UpdateSymbol(nullptr, 0, {});
+    EXPECT_THAT(Recorder::Asserts(),
+                ElementsAre(L"TableName", L"Symbol", L"SymbolName", L"SymbolRoot", L"Description", L"CUSIP"));
+    EXPECT_THAT(Statements(), IsEmpty());
+    EXPECT_THAT(m_Changes.Take(), IsEmpty());
+}
+
+TEST_F(SymbolInside, ADeleteThatOverflowsItsBufferRunsNothing) {
+    const std::size_t around = std::wstring(L"DELETE FROM  WHERE SYMBOL=1").size();
+    Storage().DeleteSymbol(std::wstring(256 - around, L'T').c_str(), 1);
+    EXPECT_THAT(Reporters(), ElementsAre(L"sqStorage::CStorage::DeleteSymbol"));
+    EXPECT_THAT(Recorder::Errors(), ElementsAre(HasSubstr(L"its buffer takes 255")));
+    EXPECT_THAT(Statements(), IsEmpty());
+    EXPECT_THAT(m_Changes.Take(), IsEmpty());
+    Recorder::Clear();
+    Storage().DeleteSymbol(std::wstring(255 - around, L'T').c_str(), 1);
+    EXPECT_THAT(Recorder::Errors(), IsEmpty()) << "fits";
+    EXPECT_THAT(Statements(), SizeIs(1));
+}
+
 TEST_F(SymbolInside, AnUpdateWithoutAKeyIsReportedAndGoesOn) {
     Storage().UpdateSymbol(L"PORTFOLIO", 0, Row());
     EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"Symbol"));
@@ -259,6 +299,22 @@ TEST_F(SymbolInside, TheFeedOfTextFilesIsReadUnderTheLockOfTheStorage) {
     EXPECT_EQ(0, Storage().GetASCDataFeed());
     EXPECT_THAT(held, ElementsAre(true));
     EXPECT_FALSE(IsHeld(Storage()));
+}
+
+TEST_F(SymbolInside, AWarningLeavesTheTableAtItsEnd) {
+    Write(101, L"ESZ09");
+    Write(102, L"ESZ09");
+    const auto table = NewTable();
+    Storage().Execute(L"SELECT SYMBOL FROM PORTFOLIO ORDER BY SYMBOL", nullptr, table.Get());
+    table->First();
+    table->Next();
+    Recorder::Clear();
+    (Storage().*MemberOf(DumpWarning{}))(table.Get(), L"text", L"Tag");
+    EXPECT_THAT(Recorder::Messages(),
+                ElementsAre(L"[WARNING]  Tag, GetByName = text", L"[WARNING]  ID = 101", L"[WARNING]  ID = 102"));
+    LONG eof = 0;
+    table->get_Eof(&eof);
+    EXPECT_NE(0, eof);
 }
 
 // --- Names of feeds
@@ -365,6 +421,42 @@ TEST_F(SymbolInside, TheDictionarysDeleteHasNoGuardOfItsOwn) {
     EXPECT_THROW(Storage().DeleteDictionary(1), platform::CComError);
 }
 
+TEST_F(SymbolInside, AnExceptionInALookupEndsInItsGuardAndFindsNothing) {
+    (Storage().*MemberOf(SymbolDatabase{}))->Close();
+    CqxStorageBase& storage = *m_Object;
+    const CBstr text(L"x");
+    CBstr name;
+    const auto request = NewRequest();
+    const auto table = NewTable();
+    const std::pair<std::wstring, std::function<HRESULT(LONG*)>> calls[]{
+        {L"SelectSymbol", [&](LONG* key) { return storage.GetSymbol(7, text.Get(), 1, 5, 0, nullptr, 0, key); }},
+        {L"GetSymbolByName", [&](LONG* key) { return storage.GetSymbolByName(7, text.Get(), key); }},
+        {L"GetSymbolByDescription",
+         [&](LONG* key) { return storage.GetSymbolByDescription(7, text.Get(), name.Put(), key); }},
+        {L"GetAvailableSessions",
+         [&](LONG* key) {
+             *key = 0;
+             return storage.GetAvailableSessions(1, table.Get());
+         }},
+        {L"SelectDictionary",
+         [&](LONG* key) {
+             *key = 0;
+             return storage.SelectDictionary(0, request.Get(), table.Get());
+         }},
+    };
+    for (const auto& [operation, call] : calls) {
+        Recorder::Clear();
+        LONG key = -1;
+        EXPECT_EQ(S_OK, call(&key)) << platform::ToUtf8(operation);
+        EXPECT_EQ(0, key);
+        EXPECT_THAT(Reporters(), ElementsAre(L"sqStorage::CStorage::" + operation));
+    }
+    EXPECT_EQ(nullptr, name.Get());
+    LONG fields = -1;
+    table->get_FieldCount(&fields);
+    EXPECT_EQ(0, fields);
+}
+
 TEST_F(SymbolInside, SelectOfTheDictionaryWithoutARequestOrTableDoesNothing) {
     Storage().SelectDictionary(0, nullptr, NewTable().Get());
     Storage().SelectDictionary(0, NewRequest().Get(), nullptr);
@@ -402,6 +494,32 @@ TEST_F(SymbolInside, WithoutAStorageEveryCallSaysSo) {
     EXPECT_EQ(S_FALSE, storage.AddSymbol(text.Get(), text.Get(), text.Get(), text.Get(), 1, 7, text.Get(), 1, 2009,
                                          0, 0, 0, 0, 0, 0, 0, 0, &key));
     EXPECT_EQ(0, key);
+}
+
+TEST_F(SymbolInside, ArgumentsAreTestedBeforeTheStorageIsAskedFor) {
+    const auto object = platform::MakeObject<CqxStorageBase>(); // without one
+    CqxStorageBase& storage = *object;
+    const CBstr empty(L"");
+    for (const auto& call : std::initializer_list<std::function<HRESULT(LONG*)>>{
+             [&](LONG* key) { return storage.GetSymbol(7, empty.Get(), 1, 5, 0, nullptr, 0, key); },
+             [&](LONG* key) { return storage.GetSymbolByName(7, empty.Get(), key); },
+             [&](LONG* key) { return storage.GetSymbolByDescription(7, empty.Get(), nullptr, key); }}) {
+        LONG key = -1;
+        EXPECT_EQ(E_INVALIDARG, call(&key));
+        EXPECT_EQ(0, key);
+    }
+    LONG key = -1;
+    tagSymbolArguments symbol;
+    symbol.Setting = -1;
+    EXPECT_EQ(E_INVALIDARG, InsertPortfolio(storage, symbol, &key));
+    EXPECT_EQ(E_INVALIDARG, UpdatePortfolio(storage, 1, symbol));
+    EXPECT_EQ(E_INVALIDARG, InsertDictionary(storage, symbol, &key));
+    EXPECT_EQ(E_INVALIDARG, UpdateDictionary(storage, 1, symbol));
+    EXPECT_EQ(E_INVALIDARG, storage.SelectDictionary(0, nullptr, NewTable().Get()));
+    EXPECT_EQ(E_INVALIDARG, storage.SelectPortfolio(0, nullptr, nullptr));
+    EXPECT_EQ(S_FALSE, storage.GetAvailableSessions(1, nullptr));
+    EXPECT_EQ(-1, key);
+    EXPECT_THAT(Recorder::Errors(), IsEmpty());
 }
 
 // Takes the storage away from its singleton, so that whoever asks for it meets an exception.
@@ -450,14 +568,20 @@ TEST_F(SymbolInside, AnExceptionInAnyOtherMethodIsReportedUnderItsName) {
         {L"DeleteDictionary", [&] { return storage.DeleteDictionary(1); }},
         {L"SelectDictionary", [&] { return storage.SelectDictionary(0, NewRequest().Get(), NewTable().Get()); }},
         {L"GetAvailableSessions", [&] { return storage.GetAvailableSessions(1, NewTable().Get()); }},
+        {L"SelectPortfolio", [&] { return storage.SelectPortfolio(0, nullptr, NewTable().Get()); }},
+        {L"AddSymbol",
+         [&] {
+             return storage.AddSymbol(nullptr, nullptr, nullptr, nullptr, 1, 7, nullptr, 1, 2009, 0, 0, 0, 0, 0, 0,
+                                      0, 0, &key);
+         }},
+        {L"Advise", [&] { return storage.Advise(0, NewRequest().Get(), NewTable().Get(), &key); }},
+        {L"Fetch", [&] { return storage.Fetch(1, &key); }},
+        {L"Unadvise", [&] { return storage.Unadvise(1); }},
     };
     for (const auto& [name, call] : calls) {
         Recorder::Clear();
         EXPECT_EQ(E_FAIL, call());
-        std::vector<std::wstring> reporters;
-        for (const auto& record : Recorder::RecordsOf(L"ERROR"))
-            reporters.push_back(record.Inner.empty() ? L"" : record.Inner.front().Function);
-        EXPECT_THAT(reporters, ElementsAre(L"CqxStorageBase::" + name));
+        EXPECT_THAT(Reporters(), ElementsAre(L"CqxStorageBase::" + name));
     }
 }
 

@@ -2,6 +2,8 @@
 #include "SymbolFixture.h"
 #include "platform/text.h"
 
+#include <functional>
+
 namespace {
 
 using namespace tests;
@@ -165,12 +167,22 @@ TEST_F(SymbolLookups, AnEmptyTextIsRefusedAndTheKeyIsZero) {
     EXPECT_EQ(E_INVALIDARG, m_Storage->GetSymbolByDescription(7, text.Get(), nullptr, nullptr));
 }
 
-TEST_F(SymbolLookups, ALookupThatOverflowsItsBufferIsReportedAndGivesZero) {
-    EXPECT_EQ(0, ByName(std::wstring(2048, L'n')));
-    EXPECT_THAT(Recorder::Errors(), ElementsAre(HasSubstr(L"its buffer takes 2047")));
-    Recorder::Clear();
-    EXPECT_EQ(0, ByName(std::wstring(1500, L'n'))) << "fits";
-    EXPECT_THAT(Recorder::Errors(), IsEmpty());
+TEST_F(SymbolLookups, EveryLookupHasRoomFor2047CharactersAndBeyondThemGivesZero) {
+    const std::pair<std::wstring, std::function<LONG(const std::wstring&)>> lookups[]{
+        {L"SELECT SYMBOL FROM PORTFOLIO WHERE SYMBOL_NAME='' AND CATEGORY=1 AND EXCHANGE=5 AND DATA_FEED=7",
+         [&](const std::wstring& text) { return ByAll(text); }},
+        {L"SELECT SYMBOL FROM PORTFOLIO WHERE DATA_FEED=7 AND SYMBOL_NAME=''",
+         [&](const std::wstring& text) { return ByName(text); }},
+        {L"SELECT SYMBOL,SYMBOL_NAME FROM PORTFOLIO WHERE DATA_FEED=7 AND DESCRIPTION=''",
+         [&](const std::wstring& text) { return ByDescription(text).first; }}};
+    for (const auto& [around, lookup] : lookups) {
+        Recorder::Clear();
+        EXPECT_EQ(0, lookup(std::wstring(2047 - around.size(), L'n')));
+        EXPECT_THAT(Recorder::Errors(), IsEmpty()) << platform::ToUtf8(around);
+        EXPECT_THAT(Recorder::Asserts(), IsEmpty()) << platform::ToUtf8(around);
+        EXPECT_EQ(0, lookup(std::wstring(2048 - around.size(), L'n')));
+        EXPECT_THAT(Recorder::Errors(), ElementsAre(HasSubstr(L"its buffer takes 2047")));
+    }
 }
 
 // How the engine runs a statement that the storage has prepared.
@@ -266,11 +278,11 @@ TEST_F(SymbolLookups, AnUnknownSymbolHasNoSessionsAndANullTableNothingToDo) {
 
 class AddedSymbols : public SymbolTest {
 protected:
-    HRESULT Add(const tagSymbolArguments& a, const std::wstring& exchange, LONG* key) {
+    HRESULT Add(const tagSymbolArguments& a, const std::optional<std::wstring>& exchange, LONG* key) {
         const auto adding = m_Storage.As<IDM_dmSupplier::IqxAddingSymbol>();
         return adding->AddSymbol(OrNull(a.SymbolName).Get(), OrNull(a.SymbolRoot).Get(),
                                  OrNull(a.Description).Get(), OrNull(a.CUSIP).Get(), a.Category, a.Datafeed,
-                                 CBstr(exchange).Get(), a.ContractMonth, a.ContractYear, a.StrikePrice, a.CallPut,
+                                 OrNull(exchange).Get(), a.ContractMonth, a.ContractYear, a.StrikePrice, a.CallPut,
                                  a.Margin, a.ExpirationDate, a.Expired, a.ExpirationRule, a.FirstNoticeDate,
                                  a.Delivery, key);
     }
@@ -324,6 +336,23 @@ TEST_F(AddedSymbols, TakeTheNameOfTheExchangeIntoTheStatementAsItIs) {
     Recorder::Clear();
     EXPECT_EQ(S_OK, Add({}, std::wstring(256, L'X'), &key));
     EXPECT_THAT(Recorder::Errors(), ElementsAre(HasSubstr(L"its buffer takes 255")));
+}
+
+TEST_F(AddedSymbols, GoToTheFirstOfTwoExchangesOfOneName) {
+    Sql(L"INSERT INTO EXCHANGES (EXCHANGE,EXCHANGE_NAME,SETTING,SESSION) VALUES(4,'CME',61,62)");
+    const auto first = Sql(L"SELECT FIRST(1) EXCHANGE FROM EXCHANGES WHERE EXCHANGE_NAME='CME'");
+    LONG key = 0;
+    EXPECT_EQ(S_OK, Add({}, L"CME", &key));
+    EXPECT_EQ(first, Sql(L"SELECT EXCHANGE FROM PORTFOLIO WHERE SYMBOL=" + Text(key)));
+}
+
+TEST_F(AddedSymbols, WithoutTheNameOfAnExchangeAreNotInsertedAndThatIsReported) {
+    LONG key = -1;
+    EXPECT_EQ(S_OK, Add({}, std::nullopt, &key));
+    EXPECT_EQ(-1, key) << "as the caller left it";
+    EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"ExchangeName"));
+    EXPECT_THAT(Statements(), IsEmpty());
+    EXPECT_THAT(m_Changes.Take(), IsEmpty());
 }
 
 TEST_F(AddedSymbols, WithoutAPlaceForTheKeyAreRefused) {
