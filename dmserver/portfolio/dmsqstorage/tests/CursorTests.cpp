@@ -120,15 +120,19 @@ TEST_F(Cursors, IdsRiseByOneAndCursorsAreIndependent) {
 
 TEST_F(Cursors, ATypeWithoutAStatementHasAnIdAndNoCursor) {
     const LONG before = Advise({}, NewTable());
+    LONG last = before;
     for (const LONG type : {3, 4, 8, 11, -1}) {
         const LONG id = Advise({.Type = type}, NewTable());
-        EXPECT_GT(id, before) << type;
+        EXPECT_EQ(++last, id) << type;
         EXPECT_EQ(0, Fetch(id, 0)) << type;
         EXPECT_THAT(Recorder::Asserts(), IsEmpty()) << type;
         Unadvise(id);
         EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"end()!=it")) << type;
         TakeAll();
     }
+    const LONG after = Advise({}, NewTable());
+    EXPECT_EQ(last + 1, after);
+    Unadvise(after);
     Unadvise(before);
 }
 
@@ -221,6 +225,20 @@ TEST_F(Cursors, ACursorHoldsItsTable) {
     Unadvise(id);
 }
 
+TEST_F(Cursors, UnadviseLetsGoOfTheTable) {
+    AddThree();
+    const auto table = NewTable();
+    const auto references = [&] {
+        table->AddRef();
+        return table->Release();
+    };
+    const LONG id = Advise({}, table);
+    EXPECT_GT(references(), 1U);
+    Fetch(id, 1);
+    Unadvise(id);
+    EXPECT_EQ(1U, references());
+}
+
 TEST_F(Cursors, AForgottenCursorIsReportedWhenTheStorageGoesAndEndsWithIt) {
     AddThree();
     Advise({}, NewTable());
@@ -302,6 +320,11 @@ TEST_F(Cursors, DataFeedsComeActiveOrAll) {
     ExpectSql({.Type = DataFeeds, .ActiveOnly = 1}, std::wstring(DataFeedHead) + L"ACTIVATED=1 AND DELETED=0");
 }
 
+TEST_F(Cursors, ANegativeFeedIsAKey) {
+    ExpectSql({.Type = DataFeeds, .Datafeed = -1},
+              std::wstring(DataFeedHead) + L"DATA_FEED=-1 AND ACTIVATED=1 AND DELETED=0");
+}
+
 TEST_F(Cursors, ADataFeedOfAKeyMustBeActiveWhateverActiveOnlySays) {
     Sql(L"INSERT INTO DATA_FEEDS VALUES(7,'Idle','x','{7}',1,0,0,0,'I')");
     EXPECT_EQ(0, RecordCount(Read({.Type = DataFeeds, .Datafeed = 7})));
@@ -345,6 +368,46 @@ TEST_F(Cursors, ASymbolIsFoundByItsNameWithinAFeed) {
     ExpectSql({.Type = Symbol, .Datafeed = 5, .SymbolName = L"esm15"},
               L"SELECT * FROM GET_SYMBOL_INFO((SELECT FIRST(1) SYMBOL FROM PORTFOLIO WHERE DATA_FEED=5 AND "
               L"UPPER(SYMBOL_NAME)=UPPER('esm15')))");
+}
+
+TEST_F(Cursors, ANegativeFeedWithANameIsAsked) {
+    ExpectSql({.Type = Symbol, .Datafeed = -5, .SymbolName = L"x"},
+              L"SELECT * FROM GET_SYMBOL_INFO((SELECT FIRST(1) SYMBOL FROM PORTFOLIO WHERE DATA_FEED=-5 AND "
+              L"UPPER(SYMBOL_NAME)=UPPER('x')))");
+    ExpectSql({.Type = CustomFuture, .Datafeed = -5, .SymbolName = L"x"},
+              L"SELECT * FROM GET_CF_INFO((SELECT FIRST(1) SYMBOL FROM CUSTOM_FUTURES WHERE DATA_FEED=-5 AND "
+              L"UPPER(SYMBOL_NAME)=UPPER('x')))");
+}
+
+TEST_F(Cursors, ANegativeKeyIsAKey) {
+    ExpectSql({.Symbol = -2}, std::wstring(ShortSymbolHead) + L" AND P.SYMBOL=-2");
+    ExpectSql({.Type = Symbol, .Symbol = -2}, L"SELECT * FROM GET_SYMBOL_INFO(-2)");
+    ExpectSql({.Type = CustomFutures, .Symbol = -2}, std::wstring(CustomFutureHead) + L" AND P.CF=-2");
+    ExpectSql({.Type = CustomFuture, .Symbol = -2}, L"SELECT * FROM GET_CF_INFO(-2)");
+}
+
+// Every field that the procedure delivers, as a selection of the same key shows it.
+TEST_F(Cursors, ASymbolComesWhole) {
+    AddThree();
+    Write(Host(), {tagSymbolRow{.Symbol = 4,
+                                .Name = L"OWN",
+                                .SettingType = 0,
+                                .Setting = 101,
+                                .SessionType = 0,
+                                .CustomSession = 201,
+                                .TemplateSession = 202}
+                       .Insert()});
+    for (const LONG key : {1, 4}) {
+        const Record record = Records(Read({.Type = Symbol, .Symbol = key})).at(0);
+        Record selected = SelectSymbol(key);
+        EXPECT_EQ(1U, selected.erase(L"STRIKE_PRICE_NAME"));
+        EXPECT_THAT(selected, SizeIs(34));
+        for (const auto& [name, value] : selected)
+            EXPECT_EQ(value, record.at(name)) << key << platform::ToUtf8(name);
+        for (const wchar_t* undelivered :
+             {L"STRIKE_PRICE_NAME", L"DATA_FEED_SHORT_NAME", L"DATA_FEED_DLL_NAME", L"CLSID", L"ACTIVE"})
+            EXPECT_EQ(L"", record.at(undelivered));
+    }
 }
 
 TEST_F(Cursors, AQuoteInTheNameOfASymbolIsAPartOfTheStatement) {
@@ -416,6 +479,47 @@ TEST_F(Cursors, CustomFuturesAreFilteredInOneOrder) {
                      L"UPPER(P.SYMBOL_ROOT)=UPPER('e''s')");
     ExpectSql({.Type = CustomFutures, .SymbolName = L"*", .Description = L"f"},
               head + L" AND UPPER(P.DESCRIPTION) STARTING WITH 'F'");
+    ExpectSql({.Type = CustomFutures, .Datafeed = -1, .SymbolName = L"x", .ExchangeId = -1},
+              head + L" AND UPPER(P.SYMBOL_NAME) LIKE 'X%'");
+}
+
+TEST_F(Cursors, ACustomFutureComesWhole) {
+    AddCustomFuture(50, L"ES-1");
+    Sql(L"INSERT INTO CUSTOM_FUTURES VALUES(51,'OWN','OW','D','second',19,6,10,0,101,0,201,202,8)");
+    const std::vector<std::wstring> names{L"CF",
+                                          L"SYMBOL_NAME",
+                                          L"SYMBOL_ROOT",
+                                          L"CF_CODE",
+                                          L"DESCRIPTION",
+                                          L"CATEGORY",
+                                          L"DATA_FEED",
+                                          L"EXCHANGE",
+                                          L"EXCHANGE_NAME",
+                                          L"EXCHANGE_TIME_ZONE_INFORMATION",
+                                          L"SETTING_TYPE",
+                                          L"SETTING",
+                                          L"CUSTOM_SETTING",
+                                          L"PRICE_SCALE",
+                                          L"POINT_VALUE",
+                                          L"DAILY_LIMIT",
+                                          L"MIN_MOVEMENT",
+                                          L"SESSION_TYPE",
+                                          L"CUSTOM_SESSION",
+                                          L"TEMPLATE_SESSION",
+                                          L"SESSIONS_STRING",
+                                          L"SESSIONS_TIME_ZONE_INFORMATION",
+                                          L"MARGIN",
+                                          L"EXCHANGE_GMT",
+                                          L"LOCAL_GMT"};
+    for (const LONG key : {50, 51}) {
+        const Row row = Sql(L"SELECT * FROM GET_CF_INFO(" + Text(key) + L")").at(0);
+        ASSERT_EQ(names.size(), row.size());
+        Record expected;
+        for (std::size_t i = 0; i < names.size(); ++i)
+            expected[names[i]] = row[i];
+        EXPECT_EQ(1U, expected.erase(L"CF_CODE")) << "the list has no field for it";
+        EXPECT_EQ(expected, Records(Read({.Type = CustomFuture, .Symbol = key})).at(0));
+    }
 }
 
 TEST_F(Cursors, CustomFuturesComeWithExchangeAndFeed) {

@@ -9,6 +9,9 @@
 #include "WatchedDatabase.h"
 #include "qxStorageBase.h"
 
+#include <functional>
+#include <thread>
+
 namespace tests {
 
 struct CursorMap {
@@ -119,6 +122,26 @@ TEST_F(Requestes, TheLockCoversTheDatabasesWork) {
     requests.Delete(id);
     EXPECT_FALSE(IsHeld(lock));
     EXPECT_THAT(held, ElementsAre(L"open", L"fetch", L"close"));
+}
+
+TEST_F(Requestes, TheDatabaseWorksOnTheThreadOfTheClient) {
+    CRequestes requests(m_Database.Get());
+    std::vector<std::thread::id> workers;
+    const auto note = [&] { workers.push_back(std::this_thread::get_id()); };
+    m_Watch.BeforeStatement = [&](const std::wstring&) { note(); };
+    m_Watch.BeforeFetch = note;
+    m_Watch.BeforeClose = note;
+    const auto onAThreadOfItsOwn = [&](const std::function<void()>& call) {
+        std::thread thread(call);
+        const std::thread::id client = thread.get_id();
+        thread.join();
+        EXPECT_THAT(workers, ElementsAre(client));
+        workers.clear();
+    };
+    LONG id = 0;
+    onAThreadOfItsOwn([&] { id = requests.Add(0, tagCursorRequest{}.Make().Get(), NewTable().Get()); });
+    onAThreadOfItsOwn([&] { requests.Fetch(id, 0); });
+    onAThreadOfItsOwn([&] { requests.Delete(id); });
 }
 
 TEST(SymbolInfoTable, TheListIsAddedInOrderWithAStatus) {
