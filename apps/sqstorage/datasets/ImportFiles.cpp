@@ -76,12 +76,20 @@ tagImportCounts ImportFile(const tagImportSource& source, tagImportRun& run) {
     const std::string file = source.Path.string();
     std::vector<tagRowProblem> problems;
     const CTableFile table(source.Path, source.Dataset->Columns(), problems);
-    tagImportCounts counts = source.Dataset->Import(run, {file, table, problems});
+    tagImportCounts counts;
+    bool isRead = true;
+    try {
+        counts = source.Dataset->Import(run, {file, table, problems});
+    } catch (const CStoreRefusal& refusal) {
+        // What a file is compared with is read before the first row is written; other files may be luckier.
+        isRead = false;
+        problems.push_back({1, fmt::format("the store could not be read. {}", refusal.what()), table.RowCount()});
+    }
     counts.Rows = table.RowCount();
-    counts.Refused = CountRefusedRows(problems);
+    counts.Refused = std::min(CountRefusedRows(problems), counts.Rows);
     counts.Problems = problems.size();
     TellProblems(file, problems, run.Console);
-    if (!problems.empty() && counts.Written() == 0)
+    if (isRead && !problems.empty() && counts.Written() == 0)
         run.Console.Warn(
             fmt::format("Nothing is taken from {}: correct the rows named above and import it again.", file));
     if (counts.Different > 0)

@@ -28,15 +28,23 @@ protected:
         std::string Output;
         std::string Errors;
     };
-    tagEnd Import(const std::string& name, std::string_view text, bool update = false) {
-        m_File = (m_Folder.Path() / name).string();
+    std::string Write(const std::string& name, std::string_view text) {
         platform::WriteFileAtomically(m_Folder.Path() / name, text);
-        std::vector<const char*> arguments{"sqstorage", "--quiet", "--format", "csv", "import", m_File.c_str()};
+        return (m_Folder.Path() / name).string();
+    }
+    tagEnd Import(const std::string& name, std::string_view text, bool update = false) {
+        m_File = Write(name, text);
+        std::vector<const char*> arguments{m_File.c_str()};
         if (update)
             arguments.push_back("--update");
+        return Run(arguments);
+    }
+    static tagEnd Run(const std::vector<const char*>& arguments) {
+        std::vector<const char*> line{"sqstorage", "--quiet", "--format", "csv", "import"};
+        line.insert(line.end(), arguments.begin(), arguments.end());
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
-        const int status = sqCli::RunCommandLine(static_cast<int>(arguments.size()), arguments.data());
+        const int status = sqCli::RunCommandLine(static_cast<int>(line.size()), line.data());
         const std::string output = testing::internal::GetCapturedStdout();
         return {status, output, testing::internal::GetCapturedStderr()};
     }
@@ -56,6 +64,20 @@ protected:
             *made = nullptr;
             return E_OUTOFMEMORY;
         };
+    }
+
+    // In a storage that is made from now on.
+    static CWatchedClass RaisesAt(const std::wstring& statement, tagWatch& watch) {
+        watch.BeforeStatement = [statement](const std::wstring& asked) {
+            if (asked == statement)
+                throw std::runtime_error("the line is dead");
+        };
+        return CWatchedClass(IDM_dmFirebird::CLSID_dmDatabase, [&watch](void** made) {
+            CComPtr<IdmDatabase> own;
+            own.Attach(static_cast<IdmDatabase*>(*made));
+            *made = static_cast<IdmDatabase*>(platform::MakeObject<CWatchedDatabase>(own, watch).Detach());
+            return S_OK;
+        });
     }
 
     platform::CTemporaryDirectory m_Folder;
@@ -82,23 +104,27 @@ TEST_F(ImportFailure, ACurrencyThatRaisesIsARefusedRowAndTheOthersGoOn) {
 
 TEST_F(ImportFailure, AnErrorRecordThatACurrencyRaisesIsARefusedRowToo) {
     tagWatch watch;
-    watch.BeforeStatement = [](const std::wstring& statement) {
-        if (statement == L"INSERT INTO CURRENCY VALUES(2,978)")
-            throw std::runtime_error("the line is dead");
-    };
     {
-        const CWatchedClass watched(IDM_dmFirebird::CLSID_dmDatabase, [&](void** made) {
-            CComPtr<IdmDatabase> own;
-            own.Attach(static_cast<IdmDatabase*>(*made));
-            *made = static_cast<IdmDatabase*>(platform::MakeObject<CWatchedDatabase>(own, watch).Detach());
-            return S_OK;
-        });
+        const auto watched = RaisesAt(L"INSERT INTO CURRENCY VALUES(2,978)", watch);
         const tagEnd end = Import("currencies.csv", Currencies);
         EXPECT_EQ(end.Status, 4);
         EXPECT_EQ(end.Output, Summary("3,2,0,0,0,1"));
         EXPECT_EQ(end.Errors, "error: " + m_File + ":3: the store refused the row. The line is dead.\n");
     }
     EXPECT_THAT(Sql(L"SELECT ID FROM CURRENCY ORDER BY ID"), ElementsAre(Row{L"1"}, Row{L"3"}));
+}
+
+TEST_F(ImportFailure, AFileThatTheStoreCannotBeReadForLeavesTheOthersAndTheSummary) {
+    const std::string settings =
+        Write("settings.csv", "PRICE_SCALE,POINT_VALUE,DAILY_LIMIT,MIN_MOVEMENT\n1,1,1,1\n");
+    tagWatch watch;
+    const auto watched = RaisesAt(L"SELECT * FROM CURRENCY", watch);
+    const std::string currencies = Write("currencies.csv", Currencies);
+    const tagEnd end = Run({settings.c_str(), currencies.c_str()});
+    EXPECT_EQ(end.Status, 4);
+    EXPECT_EQ(end.Output, "FILE,ROWS,ADDED,UPDATED,UNCHANGED,DIFFERENT,REFUSED\n" + settings + ",1,1,0,0,0,0\n" +
+                              currencies + ",3,0,0,0,0,3\n");
+    EXPECT_EQ(end.Errors, "error: " + currencies + ":1: the store could not be read. The line is dead.\n");
 }
 
 TEST_F(ImportFailure, PricesComeBackWhenTheirExchangeRaises) {
