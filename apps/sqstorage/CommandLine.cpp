@@ -7,6 +7,7 @@
 #include "platform/environment.h"
 #include "platform/file.h"
 #include "platform/registry.h"
+#include "platform/terminal.h"
 #include "platform/text.h"
 #include "store/Store.h"
 #include "store/StoreFailure.h"
@@ -39,6 +40,8 @@ Output:
   stream. table is for people. csv has a header, commas, quotes as in RFC 4180.
   json is an array with an object for each row, keys the column names, dates as
   "YYYY-MM-DD". Text is UTF-8.
+  Where nobody reads any more, as behind "head", a command that only shows
+  something ends as done.
 
 Files:
   ~/.config/sqstorage/registry        machine.toml and others: where the database is
@@ -108,9 +111,12 @@ EExitStatus Fail(const CConsole& console, EExitStatus status, std::string senten
 
 // Every failure ends here as one sentence and a status.
 EExitStatus Run(const Action& action, const CConsole& console) {
+    EExitStatus status = EExitStatus::Done;
     try {
-        const EExitStatus status = action(console);
+        status = action(console);
         console.Flush();
+        return status;
+    } catch (const COutputClosed&) {
         return status;
     } catch (const CCommandError& error) {
         return Fail(console, error.Status(), error.what());
@@ -144,6 +150,7 @@ int Usage(const CLI::App& program, const CLI::ParseError& error) {
 } // namespace
 
 int RunCommandLine(int count, const char* const* arguments) {
+    platform::SecureStandardStreams();
     tagGlobalOptions options;
     Action chosen;
     CLI::App program(Description, "sqstorage");

@@ -1,6 +1,5 @@
 #include "Console.h"
 
-#include "ExitStatus.h"
 #include "platform/environment.h"
 #include "platform/last_error.h"
 #include "platform/terminal.h"
@@ -21,7 +20,9 @@ using platform::EStandardStream;
 
 bool ColoursAllowed() { return platform::GetEnvironment(L"NO_COLOR").value_or(std::wstring()).empty(); }
 
-void Write(std::FILE* stream, std::string_view text) { std::fwrite(text.data(), 1, text.size(), stream); }
+bool Write(std::FILE* stream, std::string_view text) {
+    return std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+}
 
 void Say(const char* colour, bool colours, std::string_view kind, std::string_view sentence) {
     const std::string text = Printable(std::string(sentence));
@@ -51,7 +52,10 @@ void CConsole::Print(const tagRowSet& rows) const {
     }
 }
 
-void CConsole::PrintText(std::string_view text) const { Write(stdout, text); }
+void CConsole::PrintText(std::string_view text) const {
+    if (!Write(stdout, text) && m_WriteError == 0)
+        m_WriteError = platform::GetLastError();
+}
 
 void CConsole::Note(std::string_view sentence) const {
     if (!m_Quiet)
@@ -63,11 +67,15 @@ void CConsole::Warn(std::string_view sentence) const { Say("\x1b[33m", m_Colours
 void CConsole::Error(std::string_view sentence) const { Say("\x1b[31m", m_ColoursErrors, "error", sentence); }
 
 void CConsole::Flush() const {
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
+    if (std::fflush(stdout) != 0 && m_WriteError == 0)
+        m_WriteError = platform::GetLastError();
+    if (m_WriteError == 0)
         return;
-    const std::string reason = platform::ToUtf8(platform::SystemErrorText(platform::GetLastError()));
-    throw CCommandError(EExitStatus::WrongUsage,
-                        fmt::format("The result could not be written ({}): check where the output goes.", reason));
+    const std::string sentence = fmt::format("The result could not be written ({}): check where the output goes.",
+                                             platform::ToUtf8(platform::SystemErrorText(m_WriteError)));
+    if (platform::IsReaderGone(m_WriteError))
+        throw COutputClosed(EExitStatus::Done, sentence);
+    throw CCommandError(EExitStatus::WrongUsage, sentence);
 }
 
 CProgress::CProgress(const CConsole& console, std::string label, std::size_t total)

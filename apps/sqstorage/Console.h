@@ -3,6 +3,8 @@
 // Colours only on a terminal and not when NO_COLOR is set to something. One thread uses it.
 #pragma once
 
+#include "ExitStatus.h"
+#include "platform/com/types.h"
 #include "rows/RowSet.h"
 
 #include <cstddef>
@@ -12,6 +14,13 @@
 namespace sqCli {
 
 enum class EFormat { Table, Csv, Json };
+
+// Nobody reads the output any more: whoever did has all that was wanted. A command that only shows something ends
+// with this, as done.
+class COutputClosed : public CCommandError {
+public:
+    using CCommandError::CCommandError;
+};
 
 class CConsole {
 public:
@@ -27,7 +36,8 @@ public:
     void Warn(std::string_view sentence) const;
     void Error(std::string_view sentence) const;
 
-    // Raises CCommandError when the output did not reach its place, as on a full disk.
+    // Raises CCommandError when the output did not reach its place, as on a full disk, and COutputClosed behind a
+    // reader that has ended.
     void Flush() const;
 
     [[nodiscard]] EFormat Format() const noexcept { return m_Format; }
@@ -40,6 +50,7 @@ private:
     bool m_ColoursOutput;
     bool m_ColoursErrors;
     bool m_ShowsProgress;
+    mutable DWORD m_WriteError = 0; // the first of the standard output
 };
 
 // A bar on the standard error stream, on a terminal only; it is wiped off at the end.

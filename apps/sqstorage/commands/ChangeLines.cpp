@@ -39,7 +39,12 @@ void CChangeLines::Tell(ULONG mask, LONG value) {
         break;
     }
     m_IsFirst = false;
-    m_Console.Flush();
+    try {
+        m_Console.Flush();
+    } catch (const COutputClosed&) {
+        if (m_ReaderGone == EReaderGone::Raises)
+            throw;
+    }
 }
 
 void CChangeLines::Close() const {

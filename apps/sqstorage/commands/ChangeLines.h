@@ -8,7 +8,11 @@ namespace sqCli {
 
 class CChangeLines {
 public:
-    explicit CChangeLines(const CConsole& console) : m_Console(console) {}
+    // What happens when nobody reads the lines any more: they are all there is to do, or there is more.
+    enum class EReaderGone { Raises, DoesNotMatter };
+
+    explicit CChangeLines(const CConsole& console, EReaderGone readerGone = EReaderGone::Raises)
+        : m_Console(console), m_ReaderGone(readerGone) {}
 
     // Raises CCommandError when the line did not reach its place.
     void Tell(ULONG mask, LONG value);
@@ -17,6 +21,7 @@ public:
 
 private:
     const CConsole& m_Console;
+    EReaderGone m_ReaderGone;
     bool m_IsFirst = true;
 };
 

@@ -190,7 +190,8 @@ CRunningProgram::~CRunningProgram() {
         kill(m_Process, SIGKILL);
         waitpid(m_Process, nullptr, 0);
     }
-    close(m_Output);
+    if (m_Output >= 0)
+        CloseOutput();
     close(m_ErrorStream);
 }
 
@@ -219,6 +220,8 @@ std::size_t CRunningProgram::PeakMemory() const {
     return std::stoul(status.substr(place + name.size())) * kilobyte;
 }
 
+void CRunningProgram::CloseOutput() { close(std::exchange(m_Output, -1)); }
+
 void CRunningProgram::Signal(int signal) const { RaiseUnless(kill(m_Process, signal) == 0, "kill"); }
 
 // By its own clock, which a busy machine does not move on: whatever sleeps stands still, whatever spins gets its
@@ -236,7 +239,7 @@ bool CRunningProgram::AwaitRest() const {
 }
 
 tagEnd CRunningProgram::Wait() {
-    while (ReadSome(m_Output, m_Said)) {
+    while (m_Output >= 0 && ReadSome(m_Output, m_Said)) {
     }
     while (ReadSome(m_ErrorStream, m_Errors)) {
     }

@@ -47,13 +47,15 @@ public:
     bool AwaitOutput(std::size_t bytes);
     // The most that it has had in memory so far, in bytes. It has not ended.
     [[nodiscard]] std::size_t PeakMemory() const;
+    // Nobody reads the rest.
+    void CloseOutput();
     void Signal(int signal) const;
     // Returns once it uses no processor. False when it has used a second of it before that.
     [[nodiscard]] bool AwaitRest() const;
     tagEnd Wait();
 
 private:
-    int m_Output;
+    int m_Output; // -1 once it is closed
     int m_ErrorStream;
     std::string m_Said;
     std::string m_Errors;

@@ -99,6 +99,13 @@ tagEnd Sandbox::RunInto(const std::filesystem::path& output, const std::vector<s
     return RunProgramInto(output, SQ_PROGRAM, WithRegistry(arguments), MakeEnvironment(), Folder());
 }
 
+tagEnd Sandbox::RunWithoutOutput(const std::vector<std::string>& arguments) {
+    std::vector<std::string> line{"-c", "exec \"$0\" \"$@\" >&-", SQ_PROGRAM};
+    for (std::string& argument : WithRegistry(arguments))
+        line.push_back(std::move(argument));
+    return RunProgram("/bin/sh", line, MakeEnvironment(), Folder());
+}
+
 std::unique_ptr<CRunningProgram> Sandbox::Start(const std::vector<std::string>& arguments) {
     return std::make_unique<CRunningProgram>(SQ_PROGRAM, WithRegistry(arguments), MakeEnvironment());
 }

@@ -44,6 +44,8 @@ protected:
     tagEnd Run(const std::vector<std::string>& arguments);
     // With the standard output into a file, which is not read back.
     tagEnd RunInto(const std::filesystem::path& output, const std::vector<std::string>& arguments);
+    // Started without a standard output.
+    tagEnd RunWithoutOutput(const std::vector<std::string>& arguments);
     std::unique_ptr<CRunningProgram> Start(const std::vector<std::string>& arguments);
     tagEnd RunOnTerminal(const std::vector<std::string>& arguments);
     // The arguments as they stand.
