@@ -25,8 +25,8 @@ written once, so that an export, imported into an empty store and exported
 again, gives the same bytes. HOLIDAY_END_DATE is a column only when a date has
 an end, VALUE5 to VALUE7 only when one of them is not 0. A row that could not be
 imported again, such as a date of a calendar that is gone, is left out with a
-warning, and with it what refers to it. A session that has no name, or one that another has, gets a name of its
-own, with a warning, too.
+warning, and so is what refers to a row that is left out. A session that has no
+name, or one that another has, gets a name of its own, with a warning, too.
 
 Symbols are sorted by exchange, name, category and feed. Those of one exchange are
 in memory at a time, since all of them are needed for that; about 200 bytes each.
