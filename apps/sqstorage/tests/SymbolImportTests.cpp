@@ -1,5 +1,9 @@
 #include "SymbolFixture.h"
 
+#include <fmt/format.h>
+#include <map>
+#include <sstream>
+
 namespace sqCliTest {
 
 namespace {
@@ -67,6 +71,95 @@ TEST_F(SymbolImport, BadRowsAreNamedAndNothingIsTaken) {
             "error: " + file +
             ":7: \"good\" repeats line 2 in name, category, feed and exchange: remove one of them.\n" +
             "warning: Nothing is taken from " + file + ": correct the rows named above and import it again.\n");
+    EXPECT_EQ(Number(L"SELECT COUNT(*) FROM PORTFOLIO"), 0);
+}
+
+TEST_F(SymbolImport, EveryKindOfBadValueIsNamedWithItsLineAndWhatToDo) {
+    struct tagBad {
+        std::map<std::string, std::string> Values; // over those of a good row
+        std::string Problem;
+    };
+    const std::string category = "give a whole number from 0 to 32767";
+    const std::string date = " is not a date in the form YYYY-MM-DD: write it like 2027-12-24";
+    const std::vector<tagBad> bad{
+        {{{"SYMBOL_NAME", ""}}, "SYMBOL_NAME is empty: give a name"},
+        {{{"SYMBOL_NAME", std::string(32, 'n')}},
+         "SYMBOL_NAME has 32 characters, and the store keeps 31: shorten it"},
+        {{{"SYMBOL_ROOT", std::string(32, 'r')}},
+         "SYMBOL_ROOT has 32 characters, and the store keeps 31: shorten it"},
+        {{{"DESCRIPTION", std::string(64, 'd')}},
+         "DESCRIPTION has 64 characters, and the store keeps 63: shorten it"},
+        {{{"CUSIP", std::string(13, 'c')}}, "CUSIP has 13 characters, and the store keeps 12: shorten it"},
+        {{{"CATEGORY", "-1"}}, "CATEGORY is \"-1\": " + category},
+        {{{"CATEGORY", "futures"}}, "CATEGORY is \"futures\": " + category},
+        {{{"CATEGORY", "32768"}}, "CATEGORY is \"32768\": " + category},
+        {{{"CATEGORY", "254"}}, "CATEGORY is 254, by which hosts say that there is none: give another number"},
+        {{{"DATA_FEED_NAME", "f"}}, "there is no feed \"f\": correct the name, or add it to feeds.csv"},
+        {{{"EXCHANGE_NAME", "e"}}, "there is no exchange \"e\": correct the name, or add it to exchanges.csv"},
+        {{{"SESSION_TYPE", "2"}, {"SESSION_NAME", "S"}},
+         "there is no session \"S\": correct the name, or add it to sessions.csv"},
+        {{{"SESSION_TYPE", "-1"}}, "SESSION_TYPE is \"-1\": give a whole number from 0 to 3"},
+        {{{"SETTING_TYPE", "-1"}}, "SETTING_TYPE is \"-1\": give a whole number from 0 to 2"},
+        {{{"SETTING_TYPE", "0"},
+          {"PRICE_SCALE", "-100"},
+          {"POINT_VALUE", "1"},
+          {"DAILY_LIMIT", "1"},
+          {"MIN_MOVEMENT", "1"}},
+         "PRICE_SCALE is \"-100\": give a whole number from 1 to 2147483647"},
+        {{{"CONTRACT_MONTH", "-1"}}, "CONTRACT_MONTH is \"-1\": give a whole number from 0 to 12"},
+        {{{"CONTRACT_YEAR", "-1"}}, "CONTRACT_YEAR is \"-1\": give a whole number from 0 to 9999"},
+        {{{"MARGIN", "2147483648"}},
+         "MARGIN is \"2147483648\": give a whole number from -2147483648 to 2147483647"},
+        {{{"EXPIRATION_DATE", "18.12.2026"}}, "EXPIRATION_DATE: \"18.12.2026\"" + date},
+        {{{"FIRST_NOTICE_DATE", "2026-02-30"}},
+         "FIRST_NOTICE_DATE: there is no day 2026-02-30: correct the month or the day"},
+        {{{"DELIVERY", "soon"}}, "DELIVERY: \"soon\"" + date}};
+    const std::string columns = "SYMBOL_NAME,SYMBOL_ROOT,DESCRIPTION,CUSIP,CATEGORY,DATA_FEED_NAME,EXCHANGE_NAME,"
+                                "SETTING_TYPE,PRICE_SCALE,POINT_VALUE,DAILY_LIMIT,MIN_MOVEMENT,SESSION_TYPE,"
+                                "SESSION_NAME,CONTRACT_MONTH,CONTRACT_YEAR,MARGIN,EXPIRATION_DATE,"
+                                "FIRST_NOTICE_DATE,DELIVERY\n";
+    std::string rows = "good,,,,0,F,E,,,,,,,,,,,,,\n";
+    std::string errors;
+    const std::string file = (Folder() / "symbols.csv").string();
+    std::size_t line = 3;
+    for (const auto& [values, problem] : bad) {
+        std::istringstream names(columns.substr(0, columns.size() - 1));
+        for (std::string name; std::getline(names, name, ',');) {
+            const std::map<std::string, std::string> usual{{"SYMBOL_NAME", "S" + std::to_string(line)},
+                                                           {"CATEGORY", "0"},
+                                                           {"DATA_FEED_NAME", "F"},
+                                                           {"EXCHANGE_NAME", "E"}};
+            const auto value = values.find(name);
+            const auto other = usual.find(name);
+            rows += (name == "SYMBOL_NAME" ? "" : ",") + (value != values.end()  ? value->second
+                                                          : other != usual.end() ? other->second
+                                                                                 : "");
+        }
+        rows += "\n";
+        errors += "error: " + file + ":" + std::to_string(line++) + ": " + problem + ".\n";
+    }
+    const tagEnd end = Import("symbols.csv", columns + rows);
+    EXPECT_EQ(end.Status, 4);
+    EXPECT_EQ(end.Output, Counts(fmt::format("{},0,0,0,0,{}", bad.size() + 1, bad.size())));
+    EXPECT_EQ(end.Errors, errors + "warning: Nothing is taken from " + file +
+                              ": correct the rows named above and import it again.\n");
+    EXPECT_EQ(Number(L"SELECT COUNT(*) FROM PORTFOLIO"), 0);
+    EXPECT_EQ(OwnableRows(), "2 3 3");
+}
+
+TEST_F(SymbolImport, ABadRowSaysAllThatIsWrongWithItAndLeavesOtherFilesAlone) {
+    Write("d/feeds.csv", "DATA_FEED_NAME,DATA_FEED_SHORT_NAME,DATA_FEED_DLL_NAME,CLSID\nH,h,h.dll,{h}\n");
+    const std::string file = Write("d/symbols.csv", Head("EXPIRATION_DATE") + "A,-1,Q,R,x\nB,0,Q,R,\n").string();
+    const tagEnd end = Run({"import", (Folder() / "d").string()});
+    EXPECT_EQ(end.Status, 4);
+    EXPECT_EQ(
+        end.Errors,
+        "error: " + file + ":2: CATEGORY is \"-1\": give a whole number from 0 to 32767.\n" + "error: " + file +
+            ":2: EXPIRATION_DATE: \"x\" is not a date in the form YYYY-MM-DD: write it like 2027-12-24.\n" +
+            "error: " + file + ":3: there is no feed \"Q\": correct the name, or add it to feeds.csv.\n" +
+            "error: " + file + ":3: there is no exchange \"R\": correct the name, or add it to exchanges.csv.\n" +
+            "warning: Nothing is taken from " + file + ": correct the rows named above and import it again.\n");
+    EXPECT_EQ(Number(L"SELECT COUNT(*) FROM DATA_FEEDS WHERE DATA_FEED_NAME='H'"), 1);
     EXPECT_EQ(Number(L"SELECT COUNT(*) FROM PORTFOLIO"), 0);
 }
 
