@@ -1,5 +1,7 @@
 #include "SymbolFixture.h"
 
+#include <fmt/format.h>
+
 namespace sqCliTest {
 
 namespace {
@@ -41,6 +43,42 @@ TEST_F(SymbolExport, EveryKindOfSymbolMakesTheRoundTripByteForByte) {
     EXPECT_EQ(Read(Folder() / "exported/sessions.csv"),
               "SESSION_NAME,SESSION_TYPE,TIME_ZONE\nSE,1,2\nSX,1,1\nT,2,2\n");
     EXPECT_THAT(Read(Folder() / "exported/session_details.csv"), Not(HasSubstr("my own")));
+}
+
+// Of each setting type, session type and kind of category one, with texts that are easily spoilt on the way.
+TEST_F(SymbolExport, EveryCombinationOfTypesMakesTheRoundTripByteForByte) {
+    const std::vector<std::string> settings{"0,100,12.5,2147483647,0.25", "1,,,,", "2,,,,"};
+    const std::vector<std::string> sessions{"0,\"its \"\"own\"\", 夜\",1,Mon 09:30-16:00; Tue 17:00-Wed 16:00",
+                                            "1,,,", "2,T,,", "3,,,"};
+    const std::vector<std::string> descriptions{"\"Золото, «Москва» it's \"\"so\"\"\"",
+                                                "東京 金先物 😀",
+                                                "שמן ''זית''",
+                                                "\"two\nlines\"",
+                                                std::string(63, '\''),
+                                                "  blanks  "};
+    const std::vector<std::string> ends{"12,2026,4500.25,1,-2147483648,2026-12-18,1,7,2026-11-30,2027-01-04",
+                                        "1,9999,-0.1,-1,2147483647,2078-12-31,-1,-32768,1900-01-02,2078-12-31",
+                                        "0,0,0.000001,0,0,,0,0,,", "6,1999,16777216,32767,1,1999-12-31,0,32767,,"};
+    std::string rows;
+    std::size_t number = 0;
+    for (const std::string& setting : settings)
+        for (const std::string& session : sessions)
+            for (const char* category : {"0", "1", "2", "253", "255", "32767"}) {
+                rows +=
+                    fmt::format("N{:03},ROOT{},{},{},{},F,E,{},{},{}\n", number, number % 7,
+                                descriptions[number % descriptions.size()], number % 3 == 0 ? "123456789012" : "",
+                                category, setting, session, ends[number % ends.size()]);
+                ++number;
+            }
+    ASSERT_EQ(Import("currencies.csv", "ID,CURRENCY_CODE\n-7,0\n10,3\n").Status, 0);
+    const tagEnd import = Import("symbols.csv", AllColumns + rows);
+    ASSERT_EQ(import.Status, 0) << import.Errors;
+    EXPECT_EQ(Exported(), AllColumns + rows);
+    EXPECT_EQ(ExportedAgain("symbols.csv"), AllColumns + rows);
+    for (const char* file : {"settings.csv", "feeds.csv", "sessions.csv", "session_details.csv", "exchanges.csv",
+                             "currencies.csv", "holidays.csv", "holiday_dates.csv"})
+        EXPECT_EQ(Read(Folder() / "again" / file), Read(Folder() / "exported" / file)) << file;
+    EXPECT_EQ(Read(Folder() / "again/currencies.csv"), "ID,CURRENCY_CODE\n-7,0\n10,3\n");
 }
 
 TEST_F(SymbolExport, TheStoreKnowsItsOwnExport) {
