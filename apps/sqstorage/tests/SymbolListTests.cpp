@@ -90,6 +90,28 @@ TEST_F(SymbolList, EveryFilterNarrowsDownAndAllMustHold) {
     EXPECT_THAT(Names({"--feed", "G", "--category", "1"}), IsEmpty());
 }
 
+TEST_F(SymbolList, AnyTwoFiltersMustBothHold) {
+    struct tagPair {
+        std::vector<std::string> Filters;
+        std::vector<std::string> Names;
+    };
+    const std::vector<tagPair> pairs{{{"--feed", "F", "--exchange", "E"}, {"ESH27", "ESZ26"}},
+                                     {{"--feed", "G", "--exchange", "E"}, {}},
+                                     {{"--feed", "F", "--category", "0"}, {"ESH27", "ESZ26"}},
+                                     {{"--feed", "F", "--name", "ESZ"}, {"ESZ26"}},
+                                     {{"--feed", "F", "--description", "gold"}, {"ESZ26", "ES_X"}},
+                                     {{"--exchange", "X", "--category", "0"}, {"esz26"}},
+                                     {{"--exchange", "X", "--name", "es%2"}, {"esz26"}},
+                                     {{"--exchange", "E", "--description", "gold"}, {"ESZ26"}},
+                                     {{"--category", "1", "--name", "es"}, {"ES_X"}},
+                                     {{"--category", "0", "--description", "gold"}, {"ESZ26", "esz26"}},
+                                     {{"--name", "es", "--description", "s"}, {"ESH27"}},
+                                     {{"--name", "*", "--description", "gold"}, {"ESZ26", "ES_X", "esz26"}},
+                                     {{"--name", "es", "--description", "*"}, {"ESH27", "ESZ26", "ES_X", "esz26"}}};
+    for (const auto& [filters, names] : pairs)
+        EXPECT_EQ(Names(filters), names) << testing::PrintToString(filters);
+}
+
 TEST_F(SymbolList, PercentAndUnderscoreAreWildcardsOfNamesAlone) {
     EXPECT_THAT(Names({"--name", "ES_"}), ElementsAre("ESH27", "ESZ26", "ES_X", "esz26"));
     EXPECT_THAT(Names({"--name", "%27"}), ElementsAre("ESH27"));
@@ -165,10 +187,27 @@ TEST_F(LargeSymbolList, TheFirstRowsAreThereBeforeTheLastAreFetched) {
     }
     for (const char* format : {"csv", "table", "json"}) {
         const tagEnd end = Run({"--format", format, "list", "symbols"});
+        // Two batches of 500 were shown before the third was asked for.
+        EXPECT_EQ(std::ranges::count_if(LinesOf(end.Output),
+                                        [](const std::string& line) { return line.find("S00") != line.npos; }),
+                  1000)
+            << format;
         EXPECT_EQ(end.Status, 1) << format;
         EXPECT_THAT(end.Errors, StartsWith("error: ")) << format;
         EXPECT_THAT(end.Output, HasSubstr("S000500")) << format;
         EXPECT_THAT(end.Output, testing::Not(HasSubstr("S001150"))) << format;
+    }
+}
+
+TEST_F(LargeSymbolList, AReaderThatHasEnoughEndsItQuietly) {
+    MakeSymbols(5000);
+    for (const char* format : {"csv", "table", "json"}) {
+        const auto program = Start({"--format", format, "list", "symbols"});
+        ASSERT_TRUE(program->AwaitOutput(100)) << format;
+        program->CloseOutput();
+        const tagEnd end = program->Wait();
+        EXPECT_EQ(end.Status, 0) << format;
+        EXPECT_EQ(end.Errors, "") << format;
     }
 }
 
