@@ -8,6 +8,7 @@
 #include "apps/sqstorage/store/HolidayCalendars.h"
 #include "apps/sqstorage/store/PriceSettings.h"
 #include "apps/sqstorage/store/Sessions.h"
+#include "apps/sqstorage/store/SymbolHealth.h"
 #include "diagnostics/interface/Trail.h"
 #include "platform/file.h"
 #include "platform/registry.h"
@@ -28,6 +29,9 @@ using platform::ToUtf8;
 constexpr const char* Manual = R"(
 Each finding is a row: what was looked at (CHECK), how it is (RESULT: ok,
 problem or error) and a sentence (FINDING). Nothing is changed.
+
+Symbols are counted by the database, and a finding names the first three of them.
+With a million it takes some seconds.
 
 The status is 0 when all is well, 1 when something is to be looked at, and 3
 when the store could not be opened.
@@ -65,8 +69,8 @@ void TellLog(CFindings& findings) {
         findings.Good("log", fmt::format("The log is {}.", ToUtf8(log)));
 }
 
-void CheckDatabase(const sqSetup::tagConnection& connection, CFindings& findings) {
-    const tagDatabaseReport report = ReportDatabase(connection);
+void CheckDatabase(CDatabaseReader& reader, CFindings& findings) {
+    const tagDatabaseReport report = ReportDatabase(reader);
     findings.Good("schema", fmt::format("The schema has version {}; this program works with version {}.",
                                         report.SchemaVersion, sqSchema::CurrentVersion));
     findings.Good("engine", fmt::format("Engine and client are {}.", report.Versions));
@@ -196,6 +200,13 @@ private:
     std::set<std::string> m_Names;
 };
 
+void CheckSymbols(CDatabaseReader& reader, CFindings& findings) {
+    tagSymbolHealth health = ExamineSymbols(reader);
+    findings.Good("symbols", fmt::format("The store holds {} symbol(s).", health.Count));
+    for (std::string& problem : health.Problems)
+        findings.Problem("symbols", std::move(problem));
+}
+
 void CheckDictionary(const sqSetup::tagConnection& connection, CFindings& findings) {
     if (connection.DictionaryPath.empty())
         findings.Good("dictionary", "The dictionary file is looked for in the data folder of the host program.");
@@ -214,12 +225,14 @@ void CheckStore(CFindings& findings) {
                                           ToUtf8(connection.UserName)));
     CStore store;
     findings.Good("store", "The store opens.");
-    CheckDatabase(connection, findings);
+    CDatabaseReader reader(connection);
+    CheckDatabase(reader, findings);
     CheckDictionary(connection, findings);
     CheckCalendars(store, findings);
     CheckSettings(store, findings);
     CheckFeeds(store, findings);
     CExchangeCheck(store, findings).Check(SelectExchanges(store));
+    CheckSymbols(reader, findings);
 }
 
 // A store that cannot be opened is a finding like the others, and the error that every command gives.

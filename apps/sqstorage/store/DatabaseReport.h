@@ -1,7 +1,7 @@
 // What only a connection of its own tells of the database, for a health report.
 #pragma once
 
-#include "dmserver/portfolio/dmsqStorageSetup/interface/StorageSetup.h"
+#include "DatabaseReader.h"
 
 #include <cstdint>
 #include <string>
@@ -13,7 +13,7 @@ struct tagDatabaseReport {
     std::int32_t SchemaVersion;
 };
 
-// Raises CCommandError (NotOpened) with the reason.
-[[nodiscard]] tagDatabaseReport ReportDatabase(const sqSetup::tagConnection& connection);
+// Errors: as CDatabaseReader.
+[[nodiscard]] tagDatabaseReport ReportDatabase(CDatabaseReader& reader);
 
 } // namespace sqCli

@@ -1,4 +1,6 @@
-#include "Sandbox.h"
+#include "SymbolFixture.h"
+
+#include <sstream>
 
 namespace sqCliTest {
 
@@ -25,6 +27,7 @@ TEST_F(CheckCommand, AGoodStoreIsStatus0) {
           std::string("feeds,ok,The store holds 4 data feed(s)"),
           std::string("sessions,ok,The store holds 24 trading session(s)"),
           std::string("exchanges,ok,The store holds 17 exchange(s)"),
+          std::string("symbols,ok,The store holds 7 symbol(s).\n"),
           "log,ok,The log is " + (Folder() / "state").string()})
         EXPECT_THAT(end.Output, HasSubstr(finding));
 }
@@ -81,6 +84,121 @@ TEST_F(CheckCommand, WhatAnExchangeLacksIsNamed) {
           "them.\"\n",
           "feeds,problem,\"2 feeds are called \"\"Simulation\"\": rename all but one.\"\n"})
         EXPECT_THAT(end.Output, HasSubstr(finding));
+}
+
+class CheckSymbols : public SymbolSandbox {
+protected:
+    static constexpr const char* Types = "SETTING_TYPE,SESSION_TYPE,SESSION_NAME";
+
+    // What the check says of symbols.
+    std::string Findings(int status) {
+        const tagEnd end = Run({"--format", "csv", "check"});
+        EXPECT_EQ(end.Status, status);
+        EXPECT_EQ(end.Errors, "");
+        std::string found;
+        std::istringstream lines(end.Output);
+        for (std::string line; std::getline(lines, line);)
+            if (line.starts_with("symbols,"))
+                found += line + "\n";
+        return found;
+    }
+    void Change(std::wstring_view statement) { CHeldDatabase(Database()).Run(statement); }
+    static std::string Effect(const std::string& name) {
+        return "symbols,problem,\"Hosts that read the whole portfolio get it without exchange, prices and times "
+               "from \"\"" +
+               name + "\"\" on, in the order of names: do what is said above.\"\n";
+    }
+};
+
+TEST_F(CheckSymbols, SymbolsThatHaveEverythingAreCounted) {
+    ASSERT_EQ(ImportSymbols(Types, "own,0,F,E,1,1,\nshared,0,G,X,2,2,T\nrooted,1,F,X,2,3,\n").Status, 0);
+    EXPECT_EQ(Findings(0), "symbols,ok,The store holds 3 symbol(s).\n");
+}
+
+TEST_F(CheckSymbols, AStoreWithoutSymbolsIsGood) {
+    EXPECT_EQ(Findings(0), "symbols,ok,The store holds 0 symbol(s).\n");
+}
+
+TEST_F(CheckSymbols, WhatASymbolLacksIsNamed) {
+    ASSERT_EQ(ImportSymbols(Types, "a,0,F,E,1,1,\nb,0,F,E,1,1,\nc,0,F,E,1,1,\nd,0,F,E,1,1,\ne,0,F,E,1,1,\n"
+                                   "good,0,F,E,1,1,\nt,0,F,E,1,2,T\n")
+                  .Status,
+              0);
+    Change(L"UPDATE PORTFOLIO SET EXCHANGE=9991 WHERE SYMBOL_NAME='a'");
+    Change(L"UPDATE PORTFOLIO SET DATA_FEED=9992 WHERE SYMBOL_NAME='b'");
+    Change(L"UPDATE PORTFOLIO SET SETTING_TYPE=0,SETTING=9993 WHERE SYMBOL_NAME='c'");
+    Change(L"UPDATE PORTFOLIO SET SESSION_TYPE=0,CUSTOM_SESSION=9994 WHERE SYMBOL_NAME='d'");
+    Change(L"UPDATE PORTFOLIO SET TEMPLATE_SESSION=9995 WHERE SYMBOL_NAME='t'");
+    Change(L"UPDATE PORTFOLIO SET SETTING_TYPE=NULL,SETTING=NULL WHERE SYMBOL_NAME='e'");
+    EXPECT_EQ(
+        Findings(1),
+        "symbols,ok,The store holds 7 symbol(s).\n"
+        "symbols,problem,\"1 symbol(s) have an exchange that is gone, and no list shows them (\"\"a\"\"): import "
+        "them with an exchange that is there, and delete the old ones.\"\n"
+        "symbols,problem,\"1 symbol(s) have a feed that is gone, and no list shows them (\"\"b\"\"): import them "
+        "with a feed that is there, and delete the old ones.\"\n"
+        "symbols,problem,\"2 symbol(s) have a price setting of their own that is gone (\"\"c\"\", \"\"e\"\"): "
+        "import them with prices and --update.\"\n"
+        "symbols,problem,\"1 symbol(s) have a session of their own that is gone (\"\"d\"\"): import them with "
+        "SESSION_TIMES and --update.\"\n"
+        "symbols,problem,\"1 symbol(s) have a template session that is gone (\"\"t\"\"): import them with one "
+        "that is there and --update.\"\n" +
+            Effect("a"));
+}
+
+TEST_F(CheckSymbols, WhatTheirExchangeLacksIsToldOfAllThatTakeItFromThere) {
+    ASSERT_EQ(ImportSymbols(Types, "a,0,F,E,1,1,\nb,0,F,E,2,2,T\nc,0,F,E,1,3,\nx,0,F,X,1,1,\n").Status, 0);
+    Change(L"UPDATE EXCHANGES SET SETTING=9991,SESSION=9992 WHERE EXCHANGE_NAME='E'");
+    // Types that are unknown take the exchange's, too.
+    Change(L"UPDATE PORTFOLIO SET SETTING_TYPE=4,SESSION_TYPE=-1 WHERE SYMBOL_NAME='a'");
+    EXPECT_EQ(Findings(1),
+              "symbols,ok,The store holds 4 symbol(s).\n"
+              "symbols,problem,\"3 symbol(s) have the price setting of their exchange, which is gone (\"\"a\"\", "
+              "\"\"b\"\", \"\"c\"\"): import the exchange with prices and --update.\"\n"
+              "symbols,problem,\"2 symbol(s) have the session of their exchange, which is gone (\"\"a\"\", "
+              "\"\"c\"\"): import the exchange with a session that is there and --update.\"\n" +
+                  Effect("a"));
+}
+
+TEST_F(CheckSymbols, OfManyTheFirstThreeAreNamed) {
+    ASSERT_EQ(ImportSymbols("", "d,0,F,E\na,0,F,E\na,1,F,E\nc,0,F,E\nb,0,F,E\ngood,0,F,X\n").Status, 0);
+    Change(L"UPDATE PORTFOLIO SET EXCHANGE=9991 WHERE SYMBOL_NAME<>'good'");
+    EXPECT_EQ(Findings(1),
+              "symbols,ok,The store holds 6 symbol(s).\n"
+              "symbols,problem,\"5 symbol(s) have an exchange that is gone, and no list shows them (\"\"a\"\", "
+              "\"\"b\"\", \"\"c\"\" and others): import them with an exchange that is there, and delete the old "
+              "ones.\"\n" +
+                  Effect("a"));
+}
+
+TEST_F(CheckSymbols, ADeletedFeedTakesNothingFromHostsAndIsToldAllTheSame) {
+    ASSERT_EQ(ImportSymbols("", "a,0,F,E\nb,0,G,E\n").Status, 0);
+    Change(L"UPDATE DATA_FEEDS SET DELETED=1 WHERE DATA_FEED_NAME='F'");
+    EXPECT_EQ(Findings(1),
+              "symbols,ok,The store holds 2 symbol(s).\n"
+              "symbols,problem,\"1 symbol(s) have a feed that is deleted (\"\"a\"\"): import a feed of "
+              "its CLSID to have it back, or delete the symbols.\"\n");
+}
+
+TEST_F(CheckSymbols, DuplicatesAreThoseThatAnInsertTakesForTheSame) {
+    ASSERT_EQ(ImportSymbols("", "a,0,F,E\nb,0,F,E\nc,0,F,E\n").Status, 0);
+    const auto copy = [&](const std::wstring& name, const std::wstring& changes) {
+        Change(L"INSERT INTO PORTFOLIO SELECT 90000+(SELECT COUNT(*) FROM PORTFOLIO)," + changes +
+               L",SETTING_TYPE,SETTING,SESSION_TYPE,CUSTOM_SESSION,TEMPLATE_SESSION,CONTRACT_MONTH,CONTRACT_YEAR,"
+               L"STRIKE_PRICE,CALL_PUT,MARGIN,EXPIRATION_DATE,EXPIRED,EXPIRATION_RULE,FIRST_NOTICE_DATE,DELIVERY "
+               L"FROM PORTFOLIO WHERE SYMBOL_NAME='" +
+               name + L"' AND CATEGORY=0");
+    };
+    copy(L"a", L"'A','','','',CATEGORY,DATA_FEED,EXCHANGE");
+    copy(L"a", L"'a ','','','',CATEGORY,DATA_FEED,EXCHANGE");
+    copy(L"b", L"SYMBOL_NAME,'','','',1,DATA_FEED,EXCHANGE");
+    EXPECT_EQ(Findings(0), "symbols,ok,The store holds 6 symbol(s).\n");
+    copy(L"b", L"SYMBOL_NAME,'r','d','',CATEGORY,DATA_FEED,EXCHANGE");
+    copy(L"c", L"SYMBOL_NAME,'','','',CATEGORY,DATA_FEED,EXCHANGE");
+    EXPECT_EQ(Findings(1),
+              "symbols,ok,The store holds 8 symbol(s).\n"
+              "symbols,problem,\"2 symbol(s) are there more than once, with the same category, feed and "
+              "exchange (\"\"b\"\", \"\"c\"\"): delete all but one of each.\"\n");
 }
 
 TEST_F(CheckCommand, AStoreThatDoesNotOpenIsStatus3) {
