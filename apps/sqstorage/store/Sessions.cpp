@@ -84,6 +84,19 @@ void WriteDetails(CStore& store, LONG session, std::span<const tagSessionDetail>
     store.Run([&](CStore::IqxStorage& storage) { return storage.InsertSessionDetails(table.Positioned()); });
 }
 
+SessionDetails DetailsOf(const tagRowSet& rows) {
+    const auto at = ColumnsOf(rows, DetailColumns);
+    SessionDetails details;
+    for (const auto& row : rows.Rows) {
+        const auto value = [&](std::size_t column) { return LongOf(row[at[column]]); };
+        details[value(0)].push_back({tagWeekday{value(1)}, tagClockTime{value(2)}, tagWeekday{value(3)},
+                                     tagClockTime{value(4)}, value(5), value(6), value(7)});
+    }
+    for (auto& [session, week] : details)
+        std::ranges::sort(week);
+    return details;
+}
+
 // The store doubles quotes and then cuts at 62 characters.
 bool IsCutByUpdate(const std::wstring& name) {
     return name.size() + static_cast<std::size_t>(std::ranges::count(name, L'\'')) > 62;
@@ -138,17 +151,12 @@ void DeleteSession(CStore& store, LONG key) {
 }
 
 SessionDetails SelectSessionDetails(CStore& store) {
-    const tagRowSet rows = store.Select(&CStore::IqxStorage::SelectSessionDetails);
-    const auto at = ColumnsOf(rows, DetailColumns);
-    SessionDetails details;
-    for (const auto& row : rows.Rows) {
-        const auto value = [&](std::size_t column) { return LongOf(row[at[column]]); };
-        details[value(0)].push_back({tagWeekday{value(1)}, tagClockTime{value(2)}, tagWeekday{value(3)},
-                                     tagClockTime{value(4)}, value(5), value(6), value(7)});
-    }
-    for (auto& [session, week] : details)
-        std::ranges::sort(week);
-    return details;
+    return DetailsOf(store.Select(&CStore::IqxStorage::SelectSessionDetails));
+}
+
+std::vector<tagSessionDetail> SelectSessionDetails(CStore& store, LONG session) {
+    return DetailsOf(store.Select(&CStore::IqxStorage::SelectSessionDetails,
+                                  [&](CStore::IdmRequest& request) { request.put_SessionId(session); }))[session];
 }
 
 void ReplaceSessionDetails(CStore& store, LONG session, std::span<const tagSessionDetail> details,

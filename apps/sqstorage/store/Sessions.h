@@ -61,6 +61,8 @@ void DeleteSession(CStore& store, LONG key);
 
 // By session, each in the order of the week.
 [[nodiscard]] SessionDetails SelectSessionDetails(CStore& store);
+// Those of one session, whose key is not 0, in the order of the week.
+[[nodiscard]] std::vector<tagSessionDetail> SelectSessionDetails(CStore& store, LONG session);
 // Replaces all details of the session. The store does that in two steps; `before` is put back when the second
 // fails.
 void ReplaceSessionDetails(CStore& store, LONG session, std::span<const tagSessionDetail> details,

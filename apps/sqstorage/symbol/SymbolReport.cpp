@@ -19,6 +19,8 @@ constexpr std::string_view FromTemplate = "template";
 constexpr std::string_view FromDictionary = "dictionary";
 constexpr std::string_view FromMachine = "machine";
 
+constexpr std::string_view AnotherOne = "import the symbol with another one and --update";
+
 constexpr std::array<std::string_view, 4> PriceNames{"PRICE_SCALE", "POINT_VALUE", "DAILY_LIMIT", "MIN_MOVEMENT"};
 
 using Details = std::vector<tagSessionDetail>;
@@ -119,7 +121,11 @@ public:
     CReport(CStore& store, const std::string& feedName, LONG symbol)
         : m_Store(store), m_Info(store, symbol), m_Exchange(FindExchange(store, m_Info.Number("EXCHANGE"))) {
         if (!m_Exchange)
-            Miss("exchange", m_Info.Number("EXCHANGE"));
+            Miss(
+                "exchange of the symbol", m_Info.Number("EXCHANGE"),
+                fmt::format("no list shows the symbol, so import it with an exchange that is there, and delete the "
+                            "one with the key {}",
+                            symbol));
         AddIdentity(symbol, feedName);
         AddSetting();
         AddSession();
@@ -141,11 +147,8 @@ private:
         const auto* const day = std::get_if<tagDay>(&m_Info[column]);
         Add(column, DateCell(day ? day->Number : 0), Own);
     }
-    void Miss(std::string_view what, LONG key) {
-        m_Report.Gaps.push_back(
-            fmt::format("The {} of the symbol, with the key {}, is gone: import the symbol with "
-                        "another one and --update.",
-                        what, key));
+    void Miss(std::string_view what, LONG key, std::string_view advice) {
+        m_Report.Gaps.push_back(fmt::format("The {}, with the key {}, is gone: {}.", what, key, advice));
     }
 
     void AddIdentity(LONG symbol, const std::string& feedName) {
@@ -161,7 +164,8 @@ private:
             return Own;
         const auto prices = m_Exchange ? FindPrices(m_Store, m_Exchange->Setting) : std::nullopt;
         if (m_Exchange && !prices)
-            Miss("price setting", m_Exchange->Setting);
+            Miss("price setting of the exchange", m_Exchange->Setting,
+                 "import the exchange with prices and --update");
         const auto differs = [&](std::size_t price) { return m_Info[PriceNames[price]] != (*prices)[price]; };
         return type == SettingIsDictionarys && prices && (differs(0) || differs(1) || differs(2) || differs(3))
                    ? FromDictionary
@@ -172,7 +176,7 @@ private:
         const LONG type = m_Info.Number("SETTING_TYPE");
         m_Report.SettingFrom = SettingSource(type);
         if (type == SettingIsOwn && !FindPrices(m_Store, m_Info.Number("CUSTOM_SETTING")))
-            Miss("own price setting", m_Info.Number("CUSTOM_SETTING"));
+            Miss("own price setting of the symbol", m_Info.Number("CUSTOM_SETTING"), AnotherOne);
         Add("SETTING_TYPE", std::int64_t{type}, Own, {SettingWords(type)});
         for (const std::string_view price : PriceNames)
             Add(price, m_Info[price], m_Report.SettingFrom);
@@ -186,13 +190,20 @@ private:
         return m_Exchange ? m_Exchange->Session : 0;
     }
 
+    void MissSession(LONG type, LONG key) {
+        if (type == SessionIsOwn || type == SessionIsTemplate)
+            Miss("session of the symbol", key, AnotherOne);
+        else if (m_Exchange)
+            Miss("session of the exchange", key, "import the exchange with another one and --update");
+    }
+
     void AddSession() {
         const LONG type = m_Info.Number("SESSION_TYPE");
         const LONG key = SessionKey(type);
         std::optional<tagSession> session = FindSession(m_Store, key);
-        if (!session && (m_Exchange || key != 0))
-            Miss("session", key);
-        Details details = session ? SelectSessionDetails(m_Store)[key] : Details();
+        if (!session)
+            MissSession(type, key);
+        Details details = session ? SelectSessionDetails(m_Store, key) : Details();
         m_Report.SessionFrom = type == SessionIsOwn ? Own : type == SessionIsTemplate ? FromTemplate : FromExchange;
         const auto told = ParseSessionsString(m_Info.Text("SESSIONS_STRING"));
         if (type == SessionIsDictionarys && told && MinutesOf(*told) != MinutesOf(details)) {
@@ -215,7 +226,15 @@ private:
             Add("TIME_ZONE", tagNull{}, from);
         Add("SESSION_TIMES", WeekText(details), from, std::move(lines));
         Add("SESSIONS_STRING", m_Info["SESSIONS_STRING"], from);
-        Add("SESSIONS_TIME_ZONE_INFORMATION", m_Info["SESSIONS_TIME_ZONE_INFORMATION"], from);
+        Add("SESSIONS_TIME_ZONE_INFORMATION", m_Info["SESSIONS_TIME_ZONE_INFORMATION"],
+            session ? ClockSource(session->TimeZone) : from);
+    }
+
+    // The session says whose clock it is, and the clock says its zone. UTC needs nobody to say it.
+    std::string_view ClockSource(LONG timeZone) const {
+        return timeZone == LocalClock      ? FromMachine
+               : timeZone == ExchangeClock ? FromExchange
+                                           : m_Report.SessionFrom;
     }
 
     void AddContract() {

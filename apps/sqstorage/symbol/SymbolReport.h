@@ -1,5 +1,10 @@
 // Everything about one symbol, its price setting and its session resolved, with where each value comes from.
 //
+// The store does not tell where it found values, so that this works it out from the row, as the store does. For a
+// symbol that asks the dictionary of roots it compares: values that are not the exchange's are the dictionary's,
+// and where both have the same they are called the exchange's. Whoever brings the dictionary can ask it here
+// instead.
+//
 // Errors: CStoreRefusal.
 #pragma once
 

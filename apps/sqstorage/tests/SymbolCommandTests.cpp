@@ -66,7 +66,7 @@ TEST_F(SymbolCommand, TheTableIsForPeople) {
             line("SESSION_NAME", "", "own") + line("TIME_ZONE", "2, the clock of the exchange", "own") +
             line("SESSION_TIMES", "Mon 22:00-Tue 05:00", "own") + line("", "Tue 22:00-Wed 05:00", "own") +
             line("SESSIONS_STRING", "2:2760,3180,0,0,0;4200,4620,0,0,0;", "own") +
-            line("SESSIONS_TIME_ZONE_INFORMATION", "-540,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000", "own") +
+            line("SESSIONS_TIME_ZONE_INFORMATION", "-540,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000", "exchange") +
             line("CONTRACT_MONTH", "0", "own") + line("CONTRACT_YEAR", "0", "own") +
             line("STRIKE_PRICE", "0", "own") + line("CALL_PUT", "0", "own") + line("MARGIN", "0", "own") +
             line("EXPIRATION_DATE", "", "own") + line("EXPIRED", "0", "own") + line("EXPIRATION_RULE", "0", "own") +
@@ -94,6 +94,63 @@ TEST_F(SymbolCommand, EachValueSaysWhereItComesFrom) {
     EXPECT_THAT(rooted, HasSubstr("\"SETTING_TYPE\": 2, \"PRICE_SCALE\": 1, "));
     EXPECT_THAT(rooted, HasSubstr("\"SESSION_TYPE\": 3, \"SESSION_NAME\": \"SX\", "));
     EXPECT_THAT(rooted, HasSubstr("\"SETTING_FROM\": \"exchange\", \"SESSION_FROM\": \"exchange\""));
+}
+
+TEST_F(SymbolCommand, TheZoneOfASessionSaysWhoseClockItIs) {
+    m_Variables["TZ"] = "EST5";
+    ASSERT_EQ(ImportSymbols("SESSION_TYPE,SESSION_TIMES,TIME_ZONE", "A,0,F,X,0,Fri 22:00-24:00,0\n"
+                                                                    "B,0,F,X,0,Fri 22:00-24:00,1\n"
+                                                                    "C,0,F,X,0,Fri 22:00-24:00,2\n")
+                  .Status,
+              0);
+    const auto zone = [&](const std::string& name) {
+        const std::string table = Run({"symbol", name, "--feed", "F"}).Output;
+        const std::size_t begin = table.find("SESSIONS_TIME_ZONE_INFORMATION");
+        std::string line = table.substr(begin, table.find('\n', begin) - begin);
+        line.erase(std::unique(line.begin(), line.end(), [](char a, char b) { return a == ' ' && b == ' '; }),
+                   line.end());
+        return line;
+    };
+    EXPECT_EQ(zone("A"), "SESSIONS_TIME_ZONE_INFORMATION 300,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000 machine");
+    EXPECT_EQ(zone("B"), "SESSIONS_TIME_ZONE_INFORMATION 0,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000 own");
+    EXPECT_EQ(zone("C"),
+              "SESSIONS_TIME_ZONE_INFORMATION -540,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000 exchange");
+    CHeldDatabase(Database()).Run(L"UPDATE SESSIONS SET TIME_ZONE=1 WHERE SESSION_NAME='T'");
+    CHeldDatabase(Database())
+        .Run(L"UPDATE PORTFOLIO SET SESSION_TYPE=2,TEMPLATE_SESSION=(SELECT SESSION FROM SESSIONS WHERE "
+             L"SESSION_NAME='T') WHERE SYMBOL_NAME='B'");
+    EXPECT_EQ(zone("B"), "SESSIONS_TIME_ZONE_INFORMATION 0,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000 template");
+}
+
+TEST_F(SymbolCommand, AnUnknownTypeIsTheExchanges) {
+    ASSERT_EQ(ImportSymbols(OwnColumns, "A,0,F,E,0,10,0.5,7,0.1,0,Tue 08:00-09:30\n").Status, 0);
+    const auto types = [&](const std::wstring& setting, const std::wstring& session) {
+        CHeldDatabase(Database())
+            .Run(L"UPDATE PORTFOLIO SET SETTING_TYPE=" + setting + L",SESSION_TYPE=" + session);
+        return Run({"symbol", "A", "--feed", "F"}).Output;
+    };
+    for (const std::string type : {"-1", "3", "4"}) {
+        const std::wstring number(type.begin(), type.end());
+        EXPECT_THAT(types(number, L"1"), testing::ContainsRegex("SETTING_TYPE +" + type +
+                                                                ", that of the exchange +own\nPRICE_SCALE +100 "
+                                                                "+exchange\n"));
+        EXPECT_THAT(types(L"1", number), testing::ContainsRegex("SESSION_TYPE +" + type + ", that of the " +
+                                                                (type == "3" ? "dictionary" : "exchange") +
+                                                                " +own\nSESSION_NAME +SE +exchange\n"));
+    }
+    EXPECT_THAT(Symbol("A").Output, HasSubstr("\"SESSION_TYPE\": 4, \"SESSION_NAME\": \"SE\", "));
+}
+
+TEST_F(SymbolCommand, WhatTheExchangeLacksIsTheExchangesToMend) {
+    ASSERT_EQ(ImportSymbols("", "A,0,F,E\n").Status, 0);
+    CHeldDatabase(Database()).Run(L"UPDATE EXCHANGES SET SETTING=9991,SESSION=9992");
+    const tagEnd end = Symbol("A");
+    EXPECT_EQ(end.Status, 0);
+    EXPECT_EQ(end.Errors,
+              "warning: The price setting of the exchange, with the key 9991, is gone: import the exchange "
+              "with prices and --update.\n"
+              "warning: The session of the exchange, with the key 9992, is gone: import the exchange with "
+              "another one and --update.\n");
 }
 
 TEST_F(SymbolCommand, ANameThatIsNotThereIsStatus1WithAdvice) {
