@@ -1,8 +1,11 @@
 // symbol: one symbol, resolved, with where each value comes from.
 #include "Command.h"
 #include "CommandOptions.h"
+#include "apps/sqstorage/datasets/TextRules.h"
 #include "apps/sqstorage/rows/TextTable.h"
+#include "apps/sqstorage/store/Connection.h"
 #include "apps/sqstorage/store/DataFeeds.h"
+#include "apps/sqstorage/store/SymbolHealth.h"
 #include "apps/sqstorage/symbol/SymbolReport.h"
 #include "apps/sqstorage/symbol/SymbolSearch.h"
 
@@ -27,9 +30,14 @@ the session that are in effect for it. FROM says where each value comes from:
               values where it has none
   machine     the clock of this machine
 
-NAME is to the letter, with its case. Symbols of one name that differ in category
-or exchange are all shown. A date that is not known is empty. Times are on the
-clock that TIME_ZONE names; EXCHANGE_GMT and LOCAL_GMT are minutes.
+The zone of a session's times is from where its clock is: the exchange, this
+machine, or the session when that says UTC.
+
+NAME is to the letter, with its case, and has at most 31 characters. Symbols of
+one name that differ in category or exchange are all shown, and those of all feeds
+of that name; one whose exchange is gone is shown with a warning. A date that is
+not known is empty. Times are on the clock that TIME_ZONE names; EXCHANGE_GMT and
+LOCAL_GMT are minutes.
 
 csv and json have a row for the symbol with a column for each value, and
 SETTING_FROM and SESSION_FROM. SESSION_TIMES has the times as in symbols.csv,
@@ -40,6 +48,9 @@ SESSIONS_STRING as hosts read them.
 )";
 
 constexpr std::size_t MostSimilarNames = 5;
+
+// What the columns of both names hold, in characters.
+constexpr std::size_t LongestName = 31;
 
 struct tagSymbolArguments {
     std::string Name;
@@ -53,17 +64,48 @@ std::string Listed(const std::vector<std::string>& names) {
     return text;
 }
 
-// What to do about a name that the feed does not have.
-std::string Advice(CStore& store, const std::vector<tagKeyedDataFeed>& feeds, const tagKeyedDataFeed& feed,
-                   const std::string& name) {
+void TestName(std::string_view argument, const std::string& name) {
+    if (const auto problem = NameProblem(argument, name, LongestName))
+        throw CCommandError(EExitStatus::WrongUsage, *problem + '.');
+}
+
+std::vector<LONG> KeysOfFeeds(const std::vector<tagKeyedDataFeed>& feeds, const std::string& name) {
+    std::vector<LONG> keys;
+    for (const tagKeyedDataFeed& feed : feeds)
+        if (feed.Feed.Name == name)
+            keys.push_back(feed.Key);
+    if (keys.empty())
+        throw CCommandError(EExitStatus::Refused,
+                            fmt::format("There is no feed \"{}\": see \"sqstorage list feeds\".", name));
+    return keys;
+}
+
+// What to do about a name that the feeds of that name do not have.
+std::string Advice(CStore& store, const std::vector<tagKeyedDataFeed>& feeds, const std::vector<LONG>& wanted,
+                   const tagSymbolArguments& arguments) {
     for (const tagKeyedDataFeed& other : feeds)
-        if (other.Key != feed.Key && HasSymbol(store, other.Key, name))
+        if (other.Feed.Name != arguments.Feed && HasSymbol(store, other.Key, arguments.Name))
             return fmt::format("the feed \"{}\" has one", other.Feed.Name);
-    if (const auto names = NamesInOtherCase(store, feed.Key, name); !names.empty())
+    if (const auto names = NamesInOtherCase(store, wanted, arguments.Name); !names.empty())
         return fmt::format("there is {}, and letter case counts", Listed(names));
-    if (const auto names = SimilarNames(store, feed.Key, name, MostSimilarNames); !names.empty())
+    if (const auto names = SimilarNames(store, wanted, arguments.Name, MostSimilarNames); !names.empty())
         return fmt::format("it has {}", Listed(names));
-    return fmt::format("see \"sqstorage list symbols --feed '{}'\"", feed.Feed.Name);
+    return fmt::format("see \"sqstorage list symbols --feed '{}'\"", arguments.Feed);
+}
+
+// A symbol of a feed that is gone is in no feed that could be named.
+[[noreturn]] void RaiseNotFound(CStore& store, const std::vector<tagKeyedDataFeed>& feeds,
+                                const std::vector<LONG>& wanted, const tagSymbolArguments& arguments,
+                                const std::vector<tagStraySymbol>& strays) {
+    const auto lost = std::ranges::find(strays, false, &tagStraySymbol::HasFeed);
+    const std::string advice =
+        lost == strays.end()
+            ? Advice(store, feeds, wanted, arguments)
+            : fmt::format("one with the key {} has a feed that is gone, with the key {}, so import it with a feed "
+                          "that is there, and delete the old one",
+                          lost->Key, lost->Feed);
+    throw CCommandError(EExitStatus::Refused, fmt::format("There is no symbol \"{}\" in the feed \"{}\": {}.",
+                                                          arguments.Name, arguments.Feed, advice));
 }
 
 void PrintTable(const tagSymbolReport& report, const CConsole& console) {
@@ -109,19 +151,26 @@ void Print(const std::vector<tagSymbolReport>& reports, const CConsole& console)
         console.Print(rows);
 }
 
+// The store finds no symbol whose exchange is gone by its name, and yet tells what is left of it.
+void AddStrays(const std::vector<tagStraySymbol>& strays, const std::vector<LONG>& feeds, std::vector<LONG>& keys) {
+    for (const tagStraySymbol& stray : strays)
+        if (stray.HasFeed && std::ranges::find(feeds, stray.Feed) != feeds.end())
+            keys.push_back(stray.Key);
+    std::ranges::sort(keys);
+}
+
 EExitStatus Symbol(const tagSymbolArguments& arguments, const CConsole& console) {
+    TestName("NAME", arguments.Name);
+    TestName("--feed", arguments.Feed);
     CStore store;
     const auto feeds = SelectDataFeeds(store);
-    const auto feed = std::ranges::find(feeds, arguments.Feed,
-                                        [](const tagKeyedDataFeed& candidate) { return candidate.Feed.Name; });
-    if (feed == feeds.end())
-        throw CCommandError(EExitStatus::Refused,
-                            fmt::format("There is no feed \"{}\": see \"sqstorage list feeds\".", arguments.Feed));
-    const auto keys = FindSymbols(store, feed->Key, arguments.Name);
+    const auto wanted = KeysOfFeeds(feeds, arguments.Feed);
+    auto keys = FindSymbols(store, wanted, arguments.Name);
+    CDatabaseReader reader(ReadConnection());
+    const auto strays = FindStraySymbols(reader, arguments.Name);
+    AddStrays(strays, wanted, keys);
     if (keys.empty())
-        throw CCommandError(EExitStatus::Refused,
-                            fmt::format("There is no symbol \"{}\" in the feed \"{}\": {}.", arguments.Name,
-                                        arguments.Feed, Advice(store, feeds, *feed, arguments.Name)));
+        RaiseNotFound(store, feeds, wanted, arguments, strays);
     if (keys.size() > 1)
         console.Note(fmt::format("There are {} symbols of that name; all are shown.", keys.size()));
     std::vector<tagSymbolReport> reports;

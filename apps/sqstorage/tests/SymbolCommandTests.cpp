@@ -141,6 +141,87 @@ TEST_F(SymbolCommand, AnUnknownTypeIsTheExchanges) {
     EXPECT_THAT(Symbol("A").Output, HasSubstr("\"SESSION_TYPE\": 4, \"SESSION_NAME\": \"SE\", "));
 }
 
+TEST_F(SymbolCommand, ANameTooLongOrEmptyIsStatus2) {
+    const auto refusal = [&](const std::string& name, const std::string& feed) {
+        const tagEnd end = Symbol(name, feed);
+        EXPECT_EQ(end.Status, 2);
+        EXPECT_EQ(end.Output, "");
+        return end.Errors;
+    };
+    const std::string longest = "\xd0\xb6" + std::string(30, 'x');
+    EXPECT_EQ(Symbol(longest).Status, 1);
+    EXPECT_EQ(Symbol("A", longest).Errors, "error: There is no feed \"" + longest +
+                                               "\": see \"sqstorage list "
+                                               "feeds\".\n");
+    // Before the store is opened.
+    platform::WriteFileAtomically(Database(), "none");
+    EXPECT_EQ(Symbol("A").Status, 3);
+    EXPECT_EQ(refusal("", "F"), "error: NAME is empty: give a name.\n");
+    EXPECT_EQ(refusal(longest + "x", "F"), "error: NAME has 32 characters, and the store keeps 31: shorten it.\n");
+    EXPECT_EQ(refusal("A", ""), "error: --feed is empty: give a name.\n");
+    EXPECT_EQ(refusal("A", longest + "x"),
+              "error: --feed has 32 characters, and the store keeps 31: shorten it.\n");
+}
+
+TEST_F(SymbolCommand, OfTwoFeedsOfOneNameBothAreSearched) {
+    ASSERT_EQ(ImportSymbols("", "ESH27,0,F,E\nNQZ26,0,G,E\nESZ26,0,F,E\nESZ26,0,G,E\n").Status, 0);
+    CHeldDatabase(Database()).Run(L"UPDATE DATA_FEEDS SET DATA_FEED_NAME='F'");
+    for (const char* name : {"ESH27", "NQZ26"}) {
+        const tagEnd end = Symbol(name);
+        EXPECT_EQ(end.Status, 0);
+        EXPECT_EQ(end.Errors, "");
+        EXPECT_THAT(end.Output, HasSubstr("\"SYMBOL_NAME\": \"" + std::string(name) + "\""));
+    }
+    const tagEnd both = Symbol("ESZ26");
+    EXPECT_EQ(both.Errors, "note: There are 2 symbols of that name; all are shown.\n");
+    EXPECT_EQ(std::ranges::count(both.Output, '{'), 2);
+    EXPECT_EQ(Symbol("nqz26").Errors, "error: There is no symbol \"nqz26\" in the feed \"F\": there is \"NQZ26\", "
+                                      "and letter case counts.\n");
+    EXPECT_EQ(Symbol("NQH27").Errors, "error: There is no symbol \"NQH27\" in the feed \"F\": it has \"NQZ26\".\n");
+}
+
+TEST_F(SymbolCommand, OfAGoneExchangeSaysSo) {
+    ASSERT_EQ(ImportSymbols("", "A,0,F,E\nA,0,F,X\nB,0,F,E\nB,0,G,E\n").Status, 0);
+    CHeldDatabase(Database())
+        .Run(L"UPDATE PORTFOLIO SET EXCHANGE=9991 WHERE EXCHANGE=(SELECT EXCHANGE FROM EXCHANGES WHERE "
+             L"EXCHANGE_NAME='E')");
+    const std::string key = std::to_string(Number(L"SELECT SYMBOL FROM PORTFOLIO WHERE SYMBOL_NAME='B' AND "
+                                                  L"DATA_FEED=(SELECT DATA_FEED FROM DATA_FEEDS WHERE "
+                                                  L"DATA_FEED_NAME='F')"));
+    const tagEnd alone = Symbol("B");
+    EXPECT_EQ(alone.Status, 0);
+    EXPECT_EQ(alone.Errors,
+              "warning: The exchange of the symbol, with the key 9991, is gone: no list shows the "
+              "symbol, so import it with an exchange that is there, and delete the one with the key " +
+                  key + ".\n");
+    EXPECT_THAT(alone.Output, HasSubstr("{\"SYMBOL\": " + key + ", \"SYMBOL_NAME\": \"B\", "));
+    EXPECT_THAT(alone.Output, HasSubstr("\"EXCHANGE_NAME\": null, "));
+    EXPECT_EQ(std::ranges::count(alone.Output, '{'), 1);
+    const tagEnd beside = Symbol("A");
+    EXPECT_THAT(beside.Errors,
+                testing::StartsWith("note: There are 2 symbols of that name; all are shown.\nwarning: "
+                                    "The exchange of the symbol, with the key 9991, is gone: "));
+    EXPECT_EQ(std::ranges::count(beside.Output, '{'), 2);
+    EXPECT_EQ(Symbol("B ").Status, 1);
+}
+
+TEST_F(SymbolCommand, OfAGoneFeedSaysSo) {
+    ASSERT_EQ(ImportSymbols("", "A,0,F,E\nA,0,G,E\nB,0,G,E\n").Status, 0);
+    const std::string key = Key(L"B");
+    CHeldDatabase(Database())
+        .Run(L"UPDATE PORTFOLIO SET DATA_FEED=9991 WHERE DATA_FEED=(SELECT DATA_FEED FROM DATA_FEEDS WHERE "
+             L"DATA_FEED_NAME='G')");
+    const tagEnd end = Symbol("B");
+    EXPECT_EQ(end.Status, 1);
+    EXPECT_EQ(end.Output, "");
+    EXPECT_EQ(end.Errors,
+              "error: There is no symbol \"B\" in the feed \"F\": one with the key " + key +
+                  " has a feed that is gone, with the key 9991, so import it with a feed that is there, "
+                  "and delete the old one.\n");
+    EXPECT_EQ(Symbol("A").Status, 0);
+    EXPECT_EQ(Symbol("A").Errors, "");
+}
+
 TEST_F(SymbolCommand, WhatTheExchangeLacksIsTheExchangesToMend) {
     ASSERT_EQ(ImportSymbols("", "A,0,F,E\n").Status, 0);
     CHeldDatabase(Database()).Run(L"UPDATE EXCHANGES SET SETTING=9991,SESSION=9992");
@@ -172,6 +253,17 @@ TEST_F(SymbolCommand, ANameThatIsNotThereIsStatus1WithAdvice) {
     EXPECT_EQ(feed.Status, 1);
     EXPECT_EQ(feed.Errors, "error: There is no feed \"Q\": see \"sqstorage list feeds\".\n");
     EXPECT_EQ(Run({"symbol", "ESZ26"}).Status, 2);
+}
+
+TEST_F(SymbolCommand, ANameInTwoFeedsWantsTheFeed) {
+    ASSERT_EQ(ImportSymbols("", "A,0,F,E\nA,0,G,X\n").Status, 0);
+    const tagEnd end = Run({"symbol", "A"});
+    EXPECT_EQ(end.Status, 2);
+    EXPECT_EQ(end.Output, "");
+    EXPECT_THAT(end.Errors, testing::AllOf(testing::StartsWith("error: "), HasSubstr("--feed")));
+    EXPECT_THAT(Symbol("A").Output, HasSubstr("\"DATA_FEED_NAME\": \"F\", \"EXCHANGE_NAME\": \"E\""));
+    EXPECT_THAT(Symbol("A", "G").Output, HasSubstr("\"DATA_FEED_NAME\": \"G\", \"EXCHANGE_NAME\": \"X\""));
+    EXPECT_EQ(Symbol("A", "G").Errors, "");
 }
 
 TEST_F(SymbolCommand, ANameWithWildcardsOrQuotesIsToTheLetter) {
