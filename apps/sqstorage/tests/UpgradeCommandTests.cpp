@@ -14,6 +14,16 @@ TEST_F(UpgradeCommand, AStoreThatIsUpToDateStaysSo) {
     EXPECT_EQ(Run({"check"}).Status, 0);
 }
 
+TEST_F(UpgradeCommand, AnOlderStoreIsBroughtUpToDate) {
+    Create();
+    CHeldDatabase(Database()).Run(L"UPDATE SCHEMA_INFO SET SCHEMA_VERSION=1");
+    EXPECT_EQ(Run({"list", "holidays"}).Status, 3);
+    const tagEnd end = Run({"upgrade"});
+    EXPECT_EQ(end.Status, 0);
+    EXPECT_EQ(end.Errors, "note: The database is up to date now, after 1 step(s).\n");
+    EXPECT_EQ(Run({"check"}).Status, 0);
+}
+
 TEST_F(UpgradeCommand, ANewerStoreIsRefused) {
     Create();
     CHeldDatabase(Database()).Run(L"UPDATE SCHEMA_INFO SET SCHEMA_VERSION=99");
