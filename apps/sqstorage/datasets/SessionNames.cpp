@@ -48,9 +48,12 @@ std::vector<tagNamedSession> NameSessions(CStore& store) {
     std::vector<tagNamedSession> named;
     std::set<std::string> taken;
     const std::map<LONG, std::string> owners = OwnersOfSessions(store);
-    const auto owned = OwnedBySymbols(store).Sessions;
     std::vector<tagKeyedSession> sessions = SelectSessions(store);
-    std::erase_if(sessions, [&](const tagKeyedSession& row) { return owned.contains(row.Key); });
+    const auto isExchanges = [&](const tagKeyedSession& row) { return owners.contains(row.Key); };
+    if (!std::ranges::all_of(sessions, isExchanges)) {
+        const auto owned = OwnedBySymbols(store).Sessions;
+        std::erase_if(sessions, [&](const tagKeyedSession& row) { return owned.contains(row.Key); });
+    }
     // A name made up never takes that of another session.
     std::stable_partition(sessions.begin(), sessions.end(),
                           [](const tagKeyedSession& row) { return !row.Session.Name.empty(); });

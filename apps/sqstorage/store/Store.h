@@ -14,10 +14,13 @@
 
 #include <array>
 #include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string_view>
 
 namespace sqCli {
+
+struct tagOwnedRows; // Symbols.h
 
 // One sentence, in UTF-8: the store did not do what it was asked to.
 class CStoreRefusal : public std::runtime_error {
@@ -49,6 +52,9 @@ public:
     // What to do after each call that went well, from now on; null for nothing.
     void AfterCalls(std::function<void()> action) { m_AfterCall = std::move(action); }
 
+    // What symbols own, kept by Symbols.cpp from when it is first asked for until a symbol is written.
+    [[nodiscard]] std::shared_ptr<const tagOwnedRows>& KeptOwnedRows() noexcept { return m_OwnedRows; }
+
     // Another of the storage's interfaces.
     template <class Interface>
     [[nodiscard]] platform::CComPtr<Interface> As() const {
@@ -70,6 +76,7 @@ private:
 
     platform::CComPtr<IqxStorage> m_Storage;
     std::function<void()> m_AfterCall;
+    std::shared_ptr<const tagOwnedRows> m_OwnedRows;
 };
 
 // An empty table, to be filled for a call.

@@ -1,12 +1,13 @@
 #include "Symbols.h"
 
+#include "Connection.h"
+#include "DatabaseReader.h"
 #include "Exchanges.h"
 #include "SymbolFilter.h"
 #include "platform/com/bstr.h"
 #include "platform/text.h"
 
 #include <algorithm>
-#include <set>
 
 namespace sqCli {
 
@@ -40,6 +41,7 @@ HRESULT WithValues(const tagSymbol& symbol, Call&& call) {
 }
 
 LONG InsertRow(CStore& store, const tagSymbol& symbol) {
+    store.KeptOwnedRows().reset();
     LONG key = 0;
     const HRESULT status = store.Run([&](CStore::IqxStorage& storage) {
         return WithValues(symbol, [&](auto... values) { return storage.InsertPortfolio(values..., &key); });
@@ -62,6 +64,34 @@ void ForgetRow(CStore& store, LONG key, tagSymbol symbol) {
     } catch (const CStoreRefusal&) {
         // The refusal that led here is what counts.
     }
+}
+
+// A null counts as 0, as in the store.
+constexpr std::string_view SelectOwningSymbols =
+    "SELECT IIF(COALESCE(P.SETTING_TYPE,0)=0,COALESCE(P.SETTING,0),NULL) AS SETTING,"
+    "IIF(COALESCE(P.SESSION_TYPE,0)=0,COALESCE(P.CUSTOM_SESSION,0),NULL) AS CUSTOM_SESSION FROM PORTFOLIO P "
+    "WHERE COALESCE(P.SETTING_TYPE,0)=0 OR COALESCE(P.SESSION_TYPE,0)=0";
+constexpr std::string_view SelectUsedTemplates =
+    "SELECT DISTINCT TEMPLATE_SESSION FROM PORTFOLIO WHERE SESSION_TYPE=2";
+
+// Some of it may be an exchange's.
+tagOwnedRows ReadOwnedRows() {
+    using IDM_dmudfcom::ITableRows;
+    const auto key = [](const ITableRows& rows, ULONG row, ULONG column) {
+        return static_cast<LONG>(rows.Integer(row, column));
+    };
+    CDatabaseReader reader(ReadConnection());
+    tagOwnedRows owned;
+    reader.ForEach(SelectOwningSymbols, [&](const ITableRows& rows, ULONG row) {
+        if (!rows.IsNull(row, 0))
+            ++owned.Settings[key(rows, row, 0)];
+        if (!rows.IsNull(row, 1))
+            ++owned.Sessions[key(rows, row, 1)];
+    });
+    if (!owned.Sessions.empty())
+        reader.ForEach(SelectUsedTemplates,
+                       [&](const ITableRows& rows, ULONG row) { owned.Sessions.erase(key(rows, row, 0)); });
+    return owned;
 }
 
 } // namespace
@@ -146,32 +176,23 @@ LONG InsertSymbol(CStore& store, const tagSymbol& symbol) {
 }
 
 void UpdateSymbol(CStore& store, LONG key, const tagSymbol& symbol) {
+    store.KeptOwnedRows().reset();
     store.Run([&](CStore::IqxStorage& storage) {
         return WithValues(symbol, [&](auto... values) { return storage.UpdatePortfolio(key, values...); });
     });
 }
 
 tagOwnedRows OwnedBySymbols(CStore& store) {
-    tagOwnedRows owned;
-    std::set<LONG> templates;
-    const auto exchanges = SelectExchanges(store);
-    for (const tagKeyedExchange& exchange : exchanges) {
-        const CSymbolTable symbols(store, exchange.Key);
-        for (ULONG row = 0; row < symbols.Count(); ++row) {
-            if (symbols.SettingType(row) == SettingIsOwn)
-                ++owned.Settings[symbols.Setting(row)];
-            if (symbols.SessionType(row) == SessionIsOwn)
-                ++owned.Sessions[symbols.CustomSession(row)];
-            else if (symbols.SessionType(row) == SessionIsTemplate)
-                templates.insert(symbols.TemplateSession(row));
-        }
-    }
-    for (const tagKeyedExchange& exchange : exchanges) {
+    auto& kept = store.KeptOwnedRows();
+    if (!kept)
+        kept = std::make_shared<const tagOwnedRows>(ReadOwnedRows());
+    tagOwnedRows owned = *kept;
+    if (owned.Settings.empty() && owned.Sessions.empty())
+        return owned;
+    for (const tagKeyedExchange& exchange : SelectExchanges(store)) {
         owned.Settings.erase(exchange.Exchange.Setting);
         owned.Sessions.erase(exchange.Exchange.Session);
     }
-    for (const LONG key : templates)
-        owned.Sessions.erase(key);
     return owned;
 }
 

@@ -1,8 +1,8 @@
 // Symbols of the portfolio, as the store keeps them. A symbol names its feed, its exchange and its template by key.
 // It may have a price setting and a session of its own: they go when it goes.
 //
-// The store joins symbols with their feed and their exchange, so that one whose feed or exchange is gone is not
-// found here.
+// The store joins symbols with their feed and their exchange, so that one whose feed or exchange is gone is in no
+// table here. What it owns is owned all the same.
 //
 // Errors: CStoreRefusal.
 #pragma once
@@ -119,6 +119,9 @@ void UpdateSymbol(CStore& store, LONG key, const tagSymbol& symbol);
 
 // The settings and sessions that symbols own, with how many symbols have each. What an exchange has, or symbols
 // share as a template, is nobody's own.
+//
+// The database is asked for the owning symbols' two keys, on a connection of its own, and once until a symbol is
+// written: symbols that own nothing cost no memory.
 struct tagOwnedRows {
     std::map<LONG, std::size_t> Settings;
     std::map<LONG, std::size_t> Sessions;
