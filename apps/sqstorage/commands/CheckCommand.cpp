@@ -7,6 +7,7 @@
 #include "apps/sqstorage/store/Exchanges.h"
 #include "apps/sqstorage/store/HolidayCalendars.h"
 #include "apps/sqstorage/store/PriceSettings.h"
+#include "apps/sqstorage/store/SessionHealth.h"
 #include "apps/sqstorage/store/Sessions.h"
 #include "apps/sqstorage/store/SymbolHealth.h"
 #include "diagnostics/interface/Trail.h"
@@ -200,6 +201,11 @@ private:
     std::set<std::string> m_Names;
 };
 
+void CheckSessionTexts(CDatabaseReader& reader, CFindings& findings) {
+    for (std::string& problem : ExamineSessions(reader))
+        findings.Problem("sessions", std::move(problem));
+}
+
 void CheckSymbols(CDatabaseReader& reader, CFindings& findings) {
     tagSymbolHealth health = ExamineSymbols(reader);
     findings.Good("symbols", fmt::format("The store holds {} symbol(s).", health.Count));
@@ -232,6 +238,7 @@ void CheckStore(CFindings& findings) {
     CheckSettings(store, findings);
     CheckFeeds(store, findings);
     CExchangeCheck(store, findings).Check(SelectExchanges(store));
+    CheckSessionTexts(reader, findings);
     CheckSymbols(reader, findings);
 }
 

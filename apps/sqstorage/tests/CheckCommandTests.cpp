@@ -86,6 +86,28 @@ TEST_F(CheckCommand, WhatAnExchangeLacksIsNamed) {
         EXPECT_THAT(end.Output, HasSubstr(finding));
 }
 
+TEST_F(CheckCommand, ASessionThatCannotBeWrittenAsTextIsNamed) {
+    CreateFilled();
+    {
+        CHeldDatabase database(Database());
+        database.Run(L"INSERT INTO SESSIONS VALUES(99997,1,'Endless',0)");
+        database.Run(L"EXECUTE BLOCK AS DECLARE I INTEGER=0; BEGIN WHILE (I<60) DO BEGIN I=I+1; "
+                     L"INSERT INTO SESSION_DETAILS VALUES(99997,1,36000,1,39600,0,0,0); END END");
+        database.Run(L"INSERT INTO SESSIONS VALUES(99998,1,'Early',0)");
+        database.Run(L"INSERT INTO SESSION_DETAILS VALUES(99998,-1,0,1,0,0,0,0)");
+    }
+    const tagEnd end = Run({"--format", "csv", "check"});
+    EXPECT_EQ(end.Status, 1);
+    for (const char* session : {"\"\"Endless\"\" with the key 99997", "\"\"Early\"\" with the key 99998"})
+        EXPECT_THAT(
+            end.Output,
+            HasSubstr(std::string("sessions,problem,\"The session ") + session +
+                      " has more trading times than a text of 511 characters holds, or a number in them that "
+                      "is below 0 or has more than seven digits, and hosts get its symbols without trading "
+                      "times: correct its details.\"\n"));
+    EXPECT_THAT(end.Output, testing::Not(HasSubstr("The session \"\"CME")));
+}
+
 class CheckSymbols : public SymbolSandbox {
 protected:
     static constexpr const char* Types = "SETTING_TYPE,SESSION_TYPE,SESSION_NAME";
