@@ -66,6 +66,21 @@ function(sq_program name)
   target_link_libraries(${name} PRIVATE sq_warnings ${arg_LINKS})
 endfunction()
 
+# What all tests are compiled with and linked to.
+function(_sq_test_settings name)
+  target_link_libraries(${name} PRIVATE sq_warnings GTest::gmock GTest::gtest GTest::gtest_main)
+  # What is tested is optimised; to optimise the tests as well costs a third of their compilation and gains nothing.
+  # Nor is their own arithmetic what the sanitizer is to look at, which costs as much again.
+  target_compile_options(${name} PRIVATE -O0 $<$<STREQUAL:${SQ_SANITIZE},address>:-fno-sanitize=undefined>)
+endfunction()
+
+# Makes the precompiled header of the tests. Before the first sq_test.
+function(sq_test_prelude)
+  add_executable(sq_test_prelude "${PROJECT_SOURCE_DIR}/cmake/TestPrelude.cpp")
+  _sq_test_settings(sq_test_prelude)
+  target_precompile_headers(sq_test_prelude PRIVATE "${PROJECT_SOURCE_DIR}/cmake/TestPrelude.h")
+endfunction()
+
 # sq_test(<name> [ISOLATED] [SHARDS <count>] SOURCES ... LINKS ...)
 # One GoogleTest program. ISOLATED runs every test in a process of its own, for what is once per process; SHARDS
 # deals the tests of a long program out to so many runs, which come first and side by side.
@@ -78,9 +93,9 @@ function(sq_test name)
   if(SQ_SANITIZE)
     target_sources(${name} PRIVATE "${PROJECT_SOURCE_DIR}/cmake/SanitizerOptions.cpp")
   endif()
-  target_link_libraries(${name} PRIVATE sq_warnings ${arg_LINKS} GTest::gmock GTest::gtest GTest::gtest_main)
-  # What is tested is optimised; to optimise the tests as well costs a third of their compilation and gains nothing.
-  target_compile_options(${name} PRIVATE -O0)
+  target_link_libraries(${name} PRIVATE ${arg_LINKS})
+  _sq_test_settings(${name})
+  target_precompile_headers(${name} REUSE_FROM sq_test_prelude)
   if(arg_ISOLATED)
     gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
   elseif(arg_SHARDS)

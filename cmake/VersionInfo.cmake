@@ -52,5 +52,6 @@ asm(".pushsection .note.sqstorage.version,\"a\",@note\n"
 @content@    "4: .balign 4\n"
     ".popsection\n");
 ]])
+  set_source_files_properties("${source}" PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
   target_sources(${target} PRIVATE "${source}")
 endfunction()
