@@ -435,10 +435,13 @@ TEST_F(DataFeeds, ANameIsComparedExactly) {
 TEST_F(DataFeeds, ANameThatTwoFeedsShareGivesTheFirstWithAWarning) {
     Write(10, L"Twin", L"A", 1, 0);
     Write(11, L"Twin", L"B", 1, 0);
+    const auto keys = Sql(L"SELECT DATA_FEED FROM DATA_FEEDS WHERE DATA_FEED_NAME='Twin' AND DELETED=0");
+    ASSERT_EQ(2U, keys.size());
     TakeAll();
-    EXPECT_EQ(10, Get(L"Twin"));
-    EXPECT_THAT(Recorder::Messages(), ElementsAre(L"[WARNING]  SelectDataFeed, GetByName = Twin",
-                                                  L"[WARNING]  ID = 10", L"[WARNING]  ID = 11"));
+    EXPECT_EQ(keys[0][0], Text(Get(L"Twin")));
+    EXPECT_THAT(Recorder::Messages(),
+                ElementsAre(L"[WARNING]  SelectDataFeed, GetByName = Twin", L"[WARNING]  ID = " + keys[0][0],
+                            L"[WARNING]  ID = " + keys[1][0]));
     EXPECT_THAT(Recorder::Asserts(), IsEmpty());
 }
 
@@ -478,10 +481,12 @@ TEST_F(DataFeeds, TheFeedOfTextFilesIsTheFirstOneMarkedSo) {
     EXPECT_EQ(0, key);
     EXPECT_EQ(E_INVALIDARG, asc->get_Datafeed(nullptr));
     Insert({.Name = L"Live"});
-    const LONG text = Insert({.Name = L"Text", .IsAsc = 1});
+    Insert({.Name = L"Text", .IsAsc = 1});
     Insert({.Name = L"More text", .IsAsc = 1});
+    const auto keys = Sql(L"SELECT DATA_FEED FROM DATA_FEEDS WHERE ASCII=1");
+    ASSERT_EQ(2U, keys.size());
     EXPECT_EQ(S_OK, asc->get_Datafeed(&key));
-    EXPECT_EQ(text, key);
+    EXPECT_EQ(keys[0][0], Text(key));
 }
 
 } // namespace

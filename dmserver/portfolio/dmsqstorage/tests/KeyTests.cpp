@@ -122,7 +122,9 @@ TEST_F(Keys, TheKeyOfADeletedFeedIsFoundByItsClass) {
 TEST_F(Keys, TheFirstOfSeveralDeletedFeedsWins) {
     Feed(10, L"{A}", 1);
     Feed(11, L"{A}", 1);
-    EXPECT_EQ(10, Storage().GetDataFeedId1(L"{A}"));
+    const auto keys = Sql(L"SELECT DATA_FEED FROM DATA_FEEDS WHERE CLSID='{A}' AND DELETED=1");
+    ASSERT_EQ(2U, keys.size());
+    EXPECT_EQ(keys[0][0], Text(Storage().GetDataFeedId1(L"{A}")));
 }
 
 TEST_F(Keys, AClassIsPrimaryUntilAnyRowHasIt) {
