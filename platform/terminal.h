@@ -1,5 +1,5 @@
 #pragma once
-// What stands at the other end of the standard streams. Any thread may call.
+// The standard streams, and what stands at their other end. Any thread may ask.
 
 #include "platform/com/types.h"
 
@@ -13,8 +13,9 @@ enum class EStandardStream { Output = 1, Error = 2 };
 // In characters; 80 where there is no terminal or it does not say.
 [[nodiscard]] int TerminalWidth(EStandardStream stream) noexcept;
 
-// For a program to call before it opens anything. A stream that it was started without fails, where it would be the
-// next file opened; and writing where nobody reads any more fails, where it would end the program.
+// For a program to call first of all, on its only thread, before it opens anything. A stream that it was started
+// without fails, where it would be the next file opened; and writing where nobody reads any more fails, where it
+// would end the program.
 void SecureStandardStreams() noexcept;
 // Whether it is with this error that such a write failed.
 [[nodiscard]] bool IsReaderGone(DWORD error) noexcept;

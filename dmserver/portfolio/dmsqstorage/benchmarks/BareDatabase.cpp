@@ -51,16 +51,16 @@ ITransaction* CBareDatabase::StartWriting() {
 }
 
 const CBareDatabase::tagPrepared& CBareDatabase::Prepared(ITransaction* transaction, const std::string& sql) {
-    tagPrepared& prepared = m_Prepared[sql];
-    if (prepared.Statement)
-        return prepared;
+    if (const auto known = m_Prepared.find(sql); known != m_Prepared.end())
+        return known->second;
+    tagPrepared prepared;
     prepared.Statement = m_Attachment->prepare(&m_Status, transaction, LengthOf(sql), sql.c_str(), Dialect,
                                                IStatement::PREPARE_PREFETCH_METADATA);
     prepared.Columns = prepared.Statement->getOutputMetadata(&m_Status);
     prepared.RowLength = prepared.Columns->getMessageLength(&m_Status);
     if (prepared.Columns->getCount(&m_Status) != 0)
         prepared.FirstOffset = prepared.Columns->getOffset(&m_Status, 0);
-    return prepared;
+    return m_Prepared.emplace(sql, prepared).first->second;
 }
 
 IResultSet* CBareDatabase::Open(ITransaction* transaction, const tagPrepared& prepared) {
