@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <exception>
 #include <limits>
 #include <utility>
 
@@ -318,10 +319,16 @@ void CColumn::SetTexts(Row first, std::span<const tagSharedText* const> texts) {
     CompactIfWorthIt();
 }
 
-// Texts that were written over, or whose record is gone, are still in the pool.
-void CColumn::CompactIfWorthIt() {
-    if (m_Pool && m_Replaced > m_Pool->Bytes() / 2 && m_Pool->Bytes() > 2 * m_Compacted + CompactFrom) [[unlikely]]
+// Texts that were written over, or whose record is gone, are still in the pool. Packing only saves memory, and
+// whoever has changed half a record could not go back: without memory for it the pool stays as it is.
+void CColumn::CompactIfWorthIt() noexcept {
+    if (!m_Pool || m_Replaced <= m_Pool->Bytes() / 2 || m_Pool->Bytes() <= 2 * m_Compacted + CompactFrom) [[likely]]
+        return;
+    try {
         CompactTexts();
+    } catch (const std::exception&) {
+        m_Compacted = m_Pool->Bytes() / 2; // tried again when the pool has grown
+    }
 }
 
 // The cells change when all of it has gone well.
@@ -348,11 +355,20 @@ void CColumn::SetNull(Row row) {
     CompactIfWorthIt();
 }
 
+void CColumn::PrepareNull(Row row) {
+    if (row < m_Size)
+        MakeRoomForNull(row);
+}
+
 void CColumn::MarkNull(Row row) {
+    MakeRoomForNull(row);
+    m_Chunks[row / ChunkRows].Nulls[row % ChunkRows / 64] |= std::uint64_t{1} << row % 64;
+}
+
+void CColumn::MakeRoomForNull(Row row) {
     tagChunk& chunk = m_Chunks[row / ChunkRows];
     if (!chunk.Nulls)
         chunk.Nulls = std::make_unique<std::uint64_t[]>(ChunkRows / 64);
-    chunk.Nulls[row % ChunkRows / 64] |= std::uint64_t{1} << row % 64;
 }
 
 void CColumn::WriteDay(Row row, LONG day) {
@@ -420,7 +436,7 @@ int CColumn::CompareValues(Row left, Row right) const {
     }
 }
 
-void CColumn::Truncate(Row size) {
+void CColumn::Truncate(Row size) noexcept {
     std::string scratch;
     for (Row row = size; m_Pool && row < m_Size; ++row)
         m_Replaced += Text(row, scratch).size();

@@ -50,6 +50,8 @@ public:
     // A blank text makes a cell null that is not of type Text.
     bool SetText(Row row, std::string_view text);
     void SetNull(Row row);
+    // Takes the memory that SetNull of this row needs, which then does not raise.
+    void PrepareNull(Row row);
 
     // The same, short for what is most common, and only for a cell that was never written.
     void PutLong(Row row, LONG value) {
@@ -87,7 +89,7 @@ public:
     int Compare(Row left, Row right) const;
 
     // Rows from `size` on become null.
-    void Truncate(Row size);
+    void Truncate(Row size) noexcept;
     void Clear();
     // The longest text, in characters.
     ULONG LongestText() const;
@@ -128,9 +130,10 @@ private:
     void Extend(Row row);
     void AddRoom(Row needed);
     void MarkNull(Row row);
+    void MakeRoomForNull(Row row);
     void ClearNulls(Row first, Row count);
     void StoreText(Row row, std::string_view text);
-    void CompactIfWorthIt();
+    void CompactIfWorthIt() noexcept;
     void CompactTexts();
     int CompareValues(Row left, Row right) const;
 

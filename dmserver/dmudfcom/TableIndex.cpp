@@ -58,11 +58,6 @@ void CTableIndex::TakeOut(Row row) {
     m_Rows.erase(found);
 }
 
-void CTableIndex::Remove(Row row) {
-    TakeOut(row);
-    std::erase(m_Moved, row);
-}
-
 void CTableIndex::Clear() {
     m_Rows = {};
     m_Moved = {};

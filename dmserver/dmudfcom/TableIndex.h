@@ -24,8 +24,8 @@ public:
     void Add(Row row) { m_Moved.push_back(row); }
     // Called before a value changes or the record goes.
     void TakeOut(Row row);
-    // The record is gone from the table.
-    void Remove(Row row);
+    // The record, taken out before, is gone from the table. Does not raise.
+    void Remove(Row row) { std::erase(m_Moved, row); }
     void Clear();
 
     Row RowAt(ULONG position);

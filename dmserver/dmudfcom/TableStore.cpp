@@ -9,6 +9,10 @@
 
 namespace IDM_dmudfcom {
 
+namespace {
+constexpr std::size_t FirstFree = 4; // free rows there is room for, at the least
+}
+
 ULONG CTableStore::FindField(LONG id) const {
     const auto found = std::ranges::find(m_Fields, id, &tagField::Id);
     return found != m_Fields.end() ? static_cast<ULONG>(found - m_Fields.begin()) : NoField;
@@ -56,8 +60,18 @@ Row CTableStore::TakeRow() {
     return row;
 }
 
+// Takes the memory that GiveRow needs, which then does not raise.
+void CTableStore::PrepareToGive(Row row) {
+    if (IsLastRow(row))
+        return;
+    if (m_Free.size() == m_Free.capacity())
+        m_Free.reserve(std::max<std::size_t>(2 * m_Free.size(), FirstFree));
+    for (CColumn& column : m_Columns)
+        column.PrepareNull(row);
+}
+
 void CTableStore::GiveRow(Row row) {
-    if (row + 1 == m_Rows && m_Serials.empty()) {
+    if (IsLastRow(row)) {
         --m_Rows;
         for (CColumn& column : m_Columns)
             column.Truncate(m_Rows);
@@ -70,7 +84,10 @@ void CTableStore::GiveRow(Row row) {
 
 Row CTableStore::Reserve() { return TakeRow(); }
 
-void CTableStore::Drop(Row row) { GiveRow(row); }
+void CTableStore::Drop(Row row) {
+    PrepareToGive(row);
+    GiveRow(row);
+}
 
 void CTableStore::WriteOrder() {
     if (m_IsOrdered)
@@ -98,16 +115,20 @@ void CTableStore::Post(Row row, ULONG position) {
     ++m_Version;
 }
 
+// What needs memory comes before the first change: a record goes whole or not at all.
 void CTableStore::Delete(ULONG position) {
     const Row row = RecordRow(position);
+    PrepareToGive(row);
     for (const auto& index : m_Indexes)
-        index->Remove(row);
+        index->TakeOut(row);
     if (m_IsOrdered || position + 1 != m_Count) {
         WriteOrder();
         m_Order.erase(m_Order.begin() + position);
     } else {
         --m_Count;
     }
+    for (const auto& index : m_Indexes)
+        index->Remove(row);
     GiveRow(row);
     if (RecordCount() == 0 && m_Free.size() == m_Rows)
         ForgetRows();

@@ -88,6 +88,8 @@ public:
 
 private:
     Row TakeRow();
+    bool IsLastRow(Row row) const { return row + 1 == m_Rows && m_Serials.empty(); }
+    void PrepareToGive(Row row);
     void GiveRow(Row row);
     void WriteOrder();
     void ForgetRows();
