@@ -15,8 +15,9 @@ namespace {
 using sqStorage::sessionCustom;
 using sqStorage::sessionTemplate;
 using sqStorage::settingCustom;
-
-enum tagTIMEZONE : LONG { zoneLocal = 0, zoneGmt = 1, zoneExchange = 2 };
+using sqStorage::zoneExchange;
+using sqStorage::zoneGmt;
+using sqStorage::zoneLocal;
 
 tagSharedText Shared(const std::wstring& text) { return {platform::ToUtf8(text)}; }
 

@@ -30,6 +30,16 @@ enum tagSESSIONTYPE : LONG {
     sessionFromRoot = 3,
 };
 
+// Whose clock a trading session goes by.
+enum tagTIMEZONE : LONG {
+    zoneLocal = 0, // that of this computer
+    zoneGmt = 1,
+    zoneExchange = 2,
+};
+
+// A client's mark on the zone of an exchange: every value is kept, and none has a meaning here.
+enum tagEXCHANGETIMEZONE : LONG {};
+
 // Texts belong to the caller. Dates are day numbers; what lies before 1 January 1900 is stored as that day.
 struct tagSymbol {
     const wchar_t* SymbolName = nullptr;

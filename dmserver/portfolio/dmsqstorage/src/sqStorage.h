@@ -124,7 +124,8 @@ public:
                         const wchar_t* DataFeedDllName, const wchar_t* Clsid, int IsAsc, int Active);
     LONG SelectDataFeed(const wchar_t* DataFeedName);
 
-    // Exchanges. Each owns its default setting and session, which go with it. TimeZoneInformation is a zone string.
+    // Exchanges. Each owns its default setting and session, which go with it. TimeZone is a tagEXCHANGETIMEZONE,
+    // TimeZoneInformation a zone string.
     void SelectExchange(IdmRequest* Request, IdmTable* Table) override;
     LONG InsertExchange(const wchar_t* ExchangeName, const wchar_t* Description, LONG Holiday, LONG Setting,
                         LONG Session, LONG TimeZone, const wchar_t* MapId, const wchar_t* TimeZoneInformation);
@@ -134,7 +135,8 @@ public:
                         const wchar_t* TimeZoneInformation);
     LONG SelectExchange(const wchar_t* ExchangeName) override;
 
-    // Trading sessions. A SessionId of 0 in the request asks for all of its SessionType.
+    // Trading sessions, of a tagSESSIONTYPE and in a tagTIMEZONE. A SessionId of 0 in the request asks for all of
+    // its SessionType.
     void SelectSession(IdmRequest* Request, IdmTable* Table);
     // 0 when a template has the name already.
     LONG InsertSession(LONG SessionType, const wchar_t* SessionName, LONG TimeZone);
@@ -269,7 +271,7 @@ private:
                               const wchar_t* tag);
     // Leaves the table behind its last record.
     void dumpWarning(IdmTable* Table, const wchar_t* Text, const std::wstring& Tag) const;
-    // Empty when there is no such exchange.
+    // Empty when there is no such exchange, or when it cannot be read.
     std::wstring get_exchange_name(LONG Exchange);
     // The dictionary follows a renamed exchange, and its sinks are told, before those of the exchange.
     void update_exchange_in_root_settings(const std::wstring& OldName, const wchar_t* NewName);

@@ -20,8 +20,7 @@ struct tagZoneColumns {
 
     // A text that does not parse leaves a zone without daylight saving, and midnight in both times.
     explicit tagZoneColumns(const wchar_t* text) {
-        if (!tz_help::StringToTZI(text, Zone))
-            Zone = {};
+        static_cast<void>(tz_help::StringToTZI(text, Zone));
         Format(Zone.StandardDate, StandardTime);
         Format(Zone.DaylightDate, DaylightTime);
     }
@@ -118,8 +117,10 @@ int CStorage::DeleteExchange(LONG Exchange) {
             if (deleted && rows > 0) {
                 const CComPtr<IdmTable> table(owned.Table());
                 table->First();
-                DeleteSetting(GetField<LONG>(table, IDM_dmudfcom::fieldSetting));
-                DeleteSession(GetField<LONG>(table, IDM_dmudfcom::fieldSession));
+                const LONG Setting = GetField<LONG>(table, IDM_dmudfcom::fieldSetting);
+                const LONG Session = GetField<LONG>(table, IDM_dmudfcom::fieldSession);
+                DeleteSetting(Setting);
+                DeleteSession(Session);
             }
             owned.Close();
             BroadcastNotifyToSinks(notifyExchange, 0);
@@ -141,16 +142,20 @@ LONG CStorage::SelectExchange(const wchar_t* ExchangeName) {
 
 std::wstring CStorage::get_exchange_name(LONG Exchange) {
     const BugSlayerUtil::CScope scope(this);
-    const auto request = NewRequest();
-    const auto table = NewTable();
-    request->put_ExchangeId(0, Exchange);
-    SelectExchange(request.Get(), table.Get());
-    LONG count = 0;
-    table->get_RecordCount(&count);
-    if (count != 1)
-        return {};
-    table->First();
-    return udf_helper::GetFieldAsString(table, IDM_dmudfcom::fieldExchangeName).Text();
+    return scope.Guard(
+        [&]() -> std::wstring {
+            const auto request = NewRequest();
+            const auto table = NewTable();
+            request->put_ExchangeId(0, Exchange);
+            SelectExchange(request.Get(), table.Get());
+            LONG count = 0;
+            table->get_RecordCount(&count);
+            if (count != 1)
+                return {};
+            table->First();
+            return udf_helper::GetFieldAsString(table, IDM_dmudfcom::fieldExchangeName).Text();
+        },
+        std::wstring());
 }
 
 void CStorage::update_exchange_in_root_settings(const std::wstring& OldName, const wchar_t* NewName) {

@@ -1,4 +1,4 @@
-// The guards around keys, which no public method reaches yet, on a real database.
+// The guards around keys by themselves, on a real database.
 #include "HostFixture.h"
 #include "IdGenerator.h"
 #include "RefusedClass.h"
