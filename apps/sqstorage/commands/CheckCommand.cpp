@@ -201,13 +201,18 @@ private:
     std::set<std::string> m_Names;
 };
 
-void CheckSessionTexts(CDatabaseReader& reader, CFindings& findings) {
-    for (std::string& problem : ExamineSessions(reader))
-        findings.Problem("sessions", std::move(problem));
+// Gives the keys of those that cannot be written.
+std::vector<LONG> CheckSessionTexts(CDatabaseReader& reader, CFindings& findings) {
+    std::vector<LONG> keys;
+    for (tagUnwritableSession& session : ExamineSessions(reader)) {
+        keys.push_back(session.Key);
+        findings.Problem("sessions", std::move(session.Problem));
+    }
+    return keys;
 }
 
-void CheckSymbols(CDatabaseReader& reader, CFindings& findings) {
-    tagSymbolHealth health = ExamineSymbols(reader);
+void CheckSymbols(CDatabaseReader& reader, const std::vector<LONG>& unwritableSessions, CFindings& findings) {
+    tagSymbolHealth health = ExamineSymbols(reader, unwritableSessions);
     findings.Good("symbols", fmt::format("The store holds {} symbol(s).", health.Count));
     for (std::string& problem : health.Problems)
         findings.Problem("symbols", std::move(problem));
@@ -238,8 +243,7 @@ void CheckStore(CFindings& findings) {
     CheckSettings(store, findings);
     CheckFeeds(store, findings);
     CExchangeCheck(store, findings).Check(SelectExchanges(store));
-    CheckSessionTexts(reader, findings);
-    CheckSymbols(reader, findings);
+    CheckSymbols(reader, CheckSessionTexts(reader, findings), findings);
 }
 
 // A store that cannot be opened is a finding like the others, and the error that every command gives.

@@ -1,4 +1,5 @@
-// Sessions whose trading times cannot be written as the text that hosts get.
+// Sessions whose trading times cannot be written as the text that hosts get. A symbol that has one comes without
+// the text when it is asked for alone, and ends the selection of the whole portfolio, as what is gone does.
 //
 // Errors: as CDatabaseReader.
 #pragma once
@@ -10,7 +11,12 @@
 
 namespace sqCli {
 
-// A sentence for each of them, by key.
-[[nodiscard]] std::vector<std::string> ExamineSessions(CDatabaseReader& reader);
+struct tagUnwritableSession {
+    LONG Key;
+    std::string Problem; // a sentence
+};
+
+// All of them, by key.
+[[nodiscard]] std::vector<tagUnwritableSession> ExamineSessions(CDatabaseReader& reader);
 
 } // namespace sqCli

@@ -20,8 +20,17 @@ constexpr std::string_view SymbolsWithWhatTheyHave =
     "WHEN 2 THEN P.TEMPLATE_SESSION ELSE E.SESSION END";
 
 // Without any of these the store cannot tell hosts all of a symbol.
-constexpr std::string_view IsIncomplete =
+constexpr std::string_view LacksARow =
     "E.EXCHANGE IS NULL OR D.DATA_FEED IS NULL OR S.SETTING IS NULL OR N.SESSION IS NULL";
+
+// Whether the session is one of these: in several lists, since the database takes 1500 members in one.
+std::string SessionIsOneOf(std::span<const LONG> keys) {
+    constexpr std::size_t most = 1000;
+    std::string condition = "1=0";
+    for (; !keys.empty(); keys = keys.subspan(std::min(most, keys.size())))
+        condition += fmt::format(" OR N.SESSION IN ({})", fmt::join(keys.first(std::min(most, keys.size())), ","));
+    return condition;
+}
 
 // What an insert takes for the same symbol: the name to the letter, though the database ignores blanks at its end.
 constexpr std::string_view Repeated =
@@ -34,7 +43,7 @@ struct tagFlaw {
     std::string_view Advice;
 };
 
-constexpr std::array Flaws{
+constexpr std::array Gaps{
     tagFlaw{"E.EXCHANGE IS NULL", "have an exchange that is gone, and no list shows them",
             "import them with an exchange that is there, and delete the old ones"},
     tagFlaw{"D.DATA_FEED IS NULL", "have a feed that is gone, and no list shows them",
@@ -54,6 +63,13 @@ constexpr std::array Flaws{
             "have the session of their exchange, which is gone",
             "import the exchange with a session that is there and --update"}};
 
+// The flaws there may be. Views of the condition are in it.
+std::vector<tagFlaw> FlawsWith(const std::string& isUnwritable) {
+    std::vector<tagFlaw> flaws(Gaps.begin(), Gaps.end());
+    flaws.push_back({isUnwritable, "have a session that cannot be written as text", "correct its details"});
+    return flaws;
+}
+
 // The names of the first, sorted; and whether there are more.
 std::string FirstNames(CDatabaseReader& reader, std::string_view from) {
     constexpr std::size_t most = 3;
@@ -72,11 +88,12 @@ std::string FirstNames(CDatabaseReader& reader, std::string_view from) {
 }
 
 // How many symbols there are, how many have each flaw, and how many are incomplete: one walk over all.
-std::vector<std::int64_t> CountFlaws(CDatabaseReader& reader) {
+std::vector<std::int64_t> CountFlaws(CDatabaseReader& reader, const std::vector<tagFlaw>& flaws,
+                                     const std::string& isIncomplete) {
     std::string counts = "COUNT(*) AS C";
-    for (std::size_t flaw = 0; flaw < Flaws.size(); ++flaw)
-        counts += fmt::format(",COUNT(IIF({},1,NULL)) AS C{}", Flaws[flaw].Condition, flaw);
-    counts += fmt::format(",COUNT(IIF({},1,NULL)) AS CX", IsIncomplete);
+    for (std::size_t flaw = 0; flaw < flaws.size(); ++flaw)
+        counts += fmt::format(",COUNT(IIF({},1,NULL)) AS C{}", flaws[flaw].Condition, flaw);
+    counts += fmt::format(",COUNT(IIF({},1,NULL)) AS CX", isIncomplete);
     std::vector<std::int64_t> numbers;
     reader.ForEach(fmt::format("SELECT {} FROM {}", counts, SymbolsWithWhatTheyHave),
                    [&](const ITableRows& rows, ULONG row) {
@@ -87,10 +104,10 @@ std::vector<std::int64_t> CountFlaws(CDatabaseReader& reader) {
 }
 
 // A host that reads the whole portfolio gets it in the order of names, and completed as far as that goes.
-std::string Effect(CDatabaseReader& reader) {
+std::string Effect(CDatabaseReader& reader, const std::string& isIncomplete) {
     std::string name;
     reader.ForEach(fmt::format("SELECT FIRST 1 P.SYMBOL_NAME FROM {} WHERE {} ORDER BY P.SYMBOL_NAME",
-                               SymbolsWithWhatTheyHave, IsIncomplete),
+                               SymbolsWithWhatTheyHave, isIncomplete),
                    [&](const ITableRows& rows, ULONG row) {
                        std::string scratch;
                        name = rows.Text(row, 0, scratch);
@@ -102,17 +119,20 @@ std::string Effect(CDatabaseReader& reader) {
 
 } // namespace
 
-tagSymbolHealth ExamineSymbols(CDatabaseReader& reader) {
-    const std::vector<std::int64_t> counts = CountFlaws(reader);
+tagSymbolHealth ExamineSymbols(CDatabaseReader& reader, std::span<const LONG> unwritable) {
+    const std::string isUnwritable = SessionIsOneOf(unwritable);
+    const std::string isIncomplete = fmt::format("{} OR {}", LacksARow, isUnwritable);
+    const std::vector<tagFlaw> flaws = FlawsWith(isUnwritable);
+    const std::vector<std::int64_t> counts = CountFlaws(reader, flaws, isIncomplete);
     tagSymbolHealth health{counts.front(), {}};
-    for (std::size_t flaw = 0; flaw < Flaws.size(); ++flaw)
+    for (std::size_t flaw = 0; flaw < flaws.size(); ++flaw)
         if (const std::int64_t count = counts[flaw + 1]; count > 0)
             health.Problems.push_back(fmt::format(
-                "{} symbol(s) {} ({}): {}.", count, Flaws[flaw].What,
-                FirstNames(reader, fmt::format("{} WHERE {}", SymbolsWithWhatTheyHave, Flaws[flaw].Condition)),
-                Flaws[flaw].Advice));
+                "{} symbol(s) {} ({}): {}.", count, flaws[flaw].What,
+                FirstNames(reader, fmt::format("{} WHERE {}", SymbolsWithWhatTheyHave, flaws[flaw].Condition)),
+                flaws[flaw].Advice));
     if (counts.back() > 0)
-        health.Problems.push_back(Effect(reader));
+        health.Problems.push_back(Effect(reader, isIncomplete));
     if (const std::int64_t count = reader.Number(fmt::format("SELECT COUNT(*) AS C FROM {}", Repeated)); count > 0)
         health.Problems.push_back(fmt::format("{} symbol(s) are there more than once, with the same category, feed "
                                               "and exchange ({}): delete all but one of each.",

@@ -6,6 +6,7 @@
 #include "DatabaseReader.h"
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,8 @@ struct tagSymbolHealth {
     std::vector<std::string> Problems; // sentences
 };
 
-[[nodiscard]] tagSymbolHealth ExamineSymbols(CDatabaseReader& reader);
+// `unwritable` are the keys of the sessions that cannot be written as text.
+[[nodiscard]] tagSymbolHealth ExamineSymbols(CDatabaseReader& reader, std::span<const LONG> unwritable);
 
 // A symbol that refers to a feed or an exchange without a row. Whatever joins symbols with these, as lists do,
 // leaves it out.

@@ -103,8 +103,8 @@ TEST_F(CheckCommand, ASessionThatCannotBeWrittenAsTextIsNamed) {
             end.Output,
             HasSubstr(std::string("sessions,problem,\"The session ") + session +
                       " has more trading times than a text of 511 characters holds, or a number in them that "
-                      "is below 0 or has more than seven digits, and hosts get its symbols without trading "
-                      "times: correct its details.\"\n"));
+                      "is below 0 or has more than seven digits, and hosts that ask for one of its symbols "
+                      "get that without trading times: correct its details.\"\n"));
     EXPECT_THAT(end.Output, testing::Not(HasSubstr("The session \"\"CME")));
 }
 
@@ -180,6 +180,26 @@ TEST_F(CheckSymbols, WhatTheirExchangeLacksIsToldOfAllThatTakeItFromThere) {
               "symbols,problem,\"2 symbol(s) have the session of their exchange, which is gone (\"\"a\"\", "
               "\"\"c\"\"): import the exchange with a session that is there and --update.\"\n" +
                   Effect("a"));
+}
+
+TEST_F(CheckSymbols, ASessionThatCannotBeWrittenEndsTheWholePortfolioAsWhatIsGoneDoes) {
+    ASSERT_EQ(ImportSymbols(Types, "a,0,F,E,1,1,\nb,0,F,X,1,1,\nc,0,F,E,1,2,T\nd,0,F,E,1,1,\n").Status, 0);
+    Change(L"UPDATE PORTFOLIO SET EXCHANGE=9991 WHERE SYMBOL_NAME='d'");
+    // One that no symbol has does nothing to them; there are more than one list of keys holds.
+    Change(
+        L"EXECUTE BLOCK AS DECLARE K INTEGER=90000; BEGIN WHILE (K<91600) DO BEGIN K=K+1; "
+        L"INSERT INTO SESSIONS VALUES(:K,0,'',0); INSERT INTO SESSION_DETAILS VALUES(:K,-1,0,1,0,0,0,0); END END");
+    const std::string gone =
+        "symbols,ok,The store holds 4 symbol(s).\n"
+        "symbols,problem,\"1 symbol(s) have an exchange that is gone, and no list shows them (\"\"d\"\"): import "
+        "them with an exchange that is there, and delete the old ones.\"\n";
+    EXPECT_EQ(Findings(1), gone + Effect("d"));
+    Change(L"UPDATE SESSION_DETAILS SET START_DAY=-1 WHERE SESSION IN (SELECT SESSION FROM SESSIONS WHERE "
+           L"SESSION_NAME IN ('SX','T'))");
+    EXPECT_EQ(Findings(1), gone +
+                               "symbols,problem,\"2 symbol(s) have a session that cannot be written as text "
+                               "(\"\"b\"\", \"\"c\"\"): correct its details.\"\n" +
+                               Effect("b"));
 }
 
 TEST_F(CheckSymbols, OfManyTheFirstThreeAreNamed) {
