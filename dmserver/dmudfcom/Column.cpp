@@ -322,27 +322,62 @@ void CColumn::SetTexts(Row first, std::span<const tagSharedText* const> texts) {
 // Texts that were written over, or whose record is gone, are still in the pool. Packing only saves memory, and
 // whoever has changed half a record could not go back: without memory for it the pool stays as it is.
 void CColumn::CompactIfWorthIt() noexcept {
-    if (!m_Pool || m_Replaced <= m_Pool->Bytes() / 2 || m_Pool->Bytes() <= 2 * m_Compacted + CompactFrom) [[likely]]
+    if (!m_Pool || m_Replaced <= m_Pool->Bytes() / 2) [[likely]]
+        return;
+    // Looking at every cell must not cost more than the writing of the texts it may save.
+    const std::size_t grown = std::max(CompactFrom, std::size_t{m_Size} * sizeof(CTextPool::Handle));
+    if (m_Pool->Bytes() <= 2 * m_InUse + grown)
         return;
     try {
         CompactTexts();
     } catch (const std::exception&) {
-        m_Compacted = m_Pool->Bytes() / 2; // tried again when the pool has grown
+        m_InUse = m_Pool->Bytes() / 2; // tried again when the pool has grown
     }
 }
 
-// The cells change when all of it has gone well.
+std::vector<CColumn::tagTextInUse> CColumn::TextsInUse() const {
+    std::vector<CTextPool::Handle> handles;
+    handles.reserve(m_Size);
+    for (Row row = 0; row < m_Size; ++row)
+        if (!IsNull(row))
+            handles.push_back(TextHandle(row));
+    std::ranges::sort(handles);
+    std::vector<tagTextInUse> texts;
+    for (auto each = handles.begin(); each != handles.end();) {
+        const auto next = std::find_if(each, handles.end(), [each](auto handle) { return handle != *each; });
+        texts.push_back({*each, static_cast<Row>(next - each), 0});
+        each = next;
+    }
+    return texts;
+}
+
+// A text of many cells stays one text. The cells change when all of it has gone well.
 void CColumn::CompactTexts() {
+    std::vector<tagTextInUse> texts = TextsInUse();
+    std::size_t inUse = 0;
+    for (const tagTextInUse& text : texts)
+        inUse += m_Pool->At(text.Handle).size();
+    if (inUse > m_Pool->Bytes() / 2) { // what was replaced is in other cells still
+        m_InUse = inUse;
+        m_Replaced = m_Pool->Bytes() - inUse;
+        return;
+    }
     auto packed = std::make_unique<CTextPool>();
-    std::vector<CTextPool::Handle> handles(m_Size);
-    for (Row row = 0; row < m_Size; ++row)
-        if (!IsNull(row))
-            handles[row] = packed->Add(m_Pool->At(Load<CTextPool::Handle>(row)));
-    for (Row row = 0; row < m_Size; ++row)
-        if (!IsNull(row))
-            Store(row, handles[row]);
+    for (tagTextInUse& text : texts)
+        text.Packed = packed->Add(m_Pool->At(text.Handle), text.Cells);
+    auto text = texts.cbegin();
+    for (Row row = 0; row < m_Size; ++row) {
+        if (IsNull(row))
+            continue;
+        const CTextPool::Handle handle = TextHandle(row);
+        if (text->Handle != handle && text + 1 != texts.cend())
+            ++text; // texts mostly stand in the order of their rows
+        if (text->Handle != handle)
+            text = std::ranges::lower_bound(std::as_const(texts), handle, {}, &tagTextInUse::Handle);
+        Store(row, text->Packed);
+    }
     m_Pool = std::move(packed);
-    m_Compacted = m_Pool->Bytes();
+    m_InUse = m_Pool->Bytes();
     m_Replaced = 0;
 }
 
@@ -454,7 +489,7 @@ void CColumn::Clear() {
     }
     m_Size = 0;
     m_Replaced = 0;
-    m_Compacted = 0;
+    m_InUse = 0;
     if (m_Pool)
         m_Pool->Clear();
 }

@@ -133,6 +133,12 @@ private:
     void MakeRoomForNull(Row row);
     void ClearNulls(Row first, Row count);
     void StoreText(Row row, std::string_view text);
+    struct tagTextInUse {
+        CTextPool::Handle Handle;
+        Row Cells;
+        CTextPool::Handle Packed;
+    };
+    std::vector<tagTextInUse> TextsInUse() const; // by handle
     void CompactIfWorthIt() noexcept;
     void CompactTexts();
     int CompareValues(Row left, Row right) const;
@@ -143,8 +149,8 @@ private:
     EColumnType m_Type;
     BYTE m_Width;
     std::unique_ptr<CTextPool> m_Pool; // of a text column
-    std::size_t m_Replaced = 0;        // bytes of texts that were written over
-    std::size_t m_Compacted = 0;       // bytes of the pool when it was last packed
+    std::size_t m_Replaced = 0;        // bytes of texts that were written over, or more: one for each cell
+    std::size_t m_InUse = 0;           // bytes of texts that cells had when they were last looked at
 };
 
 } // namespace IDM_dmudfcom

@@ -132,17 +132,17 @@ inline CTextPool::Handle CTextPool::Append(std::string_view text) {
     return handle;
 }
 
-CTextPool::Handle CTextPool::Add(std::string_view text) {
+CTextPool::Handle CTextPool::Add(std::string_view text, std::uint32_t cells) {
     if (text.empty())
         return 0;
     if (m_Last != 0 && IsSame(At(m_Last), text))
         return m_Last;
-    m_Last = m_IsInterning ? Intern(text) : Append(text);
+    m_Last = m_IsInterning ? Intern(text, cells) : Append(text);
     return m_Last;
 }
 
-CTextPool::Handle CTextPool::Intern(std::string_view text) {
-    ++m_Added;
+CTextPool::Handle CTextPool::Intern(std::string_view text, std::uint32_t cells) {
+    m_Added += cells;
     if (m_Slots.empty()) {
         const auto found = std::ranges::find_if(m_Handles, [&](Handle handle) { return IsSame(At(handle), text); });
         if (found != m_Handles.end())

@@ -22,8 +22,9 @@ public:
     // No two pools of a process have the same, and an emptied one has a new one.
     std::uint64_t Id() const { return m_Id; }
 
-    // The handle of the empty text is 0 and costs nothing. Throws std::length_error when the pool holds 4 GB.
-    Handle Add(std::string_view text);
+    // The handle of the empty text is 0 and costs nothing. Throws std::length_error when the pool holds 4 GB. A
+    // text that comes for many cells at once counts as often when it is judged whether a dictionary pays.
+    Handle Add(std::string_view text, std::uint32_t cells = 1);
     // Good until the next Add.
     std::string_view At(Handle handle) const {
         if (handle == 0)
@@ -54,7 +55,7 @@ private:
     Handle AppendElsewhere(std::string_view text);
     char* Room(std::size_t size, std::unique_ptr<char[]>& retired);
     std::unique_ptr<char[]> GrowFirstBlock(std::size_t needed);
-    Handle Intern(std::string_view text);
+    Handle Intern(std::string_view text, std::uint32_t cells);
     void Insert(Handle handle);
     void Rehash(std::size_t slots);
     // Where the text is, or where it would go.

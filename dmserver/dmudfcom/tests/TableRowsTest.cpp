@@ -425,6 +425,94 @@ TEST_F(TableTest, ASharedTextOutlivesWhatTheColumnForgets) {
     EXPECT_EQ(m_Rows->Text(0, 0, scratch), "the shared text");
 }
 
+thread_local std::size_t t_LargeOnes = 0;
+
+// How often a column of ManyRows is looked at for what may be packed, which begins with a list of its cells.
+template <class Action>
+std::size_t Packings(Action&& action) {
+    t_LargeOnes = 0;
+    const HeapProbe::CJudged judged([](std::size_t size) {
+        t_LargeOnes += size >= ManyRows * sizeof(LONG);
+        return true;
+    });
+    action();
+    return t_LargeOnes;
+}
+
+std::vector<tagSharedText> SharedTexts(std::size_t count, std::size_t size) {
+    std::vector<tagSharedText> texts(count);
+    for (std::size_t i = 0; i < count; ++i)
+        texts[i].Text = std::string(size, 'x') + std::to_string(i);
+    return texts;
+}
+
+std::vector<const tagSharedText*> InTurns(const std::vector<tagSharedText>& texts) {
+    std::vector<const tagSharedText*> cells(ManyRows);
+    for (ULONG row = 0; row < ManyRows; ++row)
+        cells[row] = &texts[row % texts.size()];
+    return cells;
+}
+
+// The first of them look like a column of distinct texts, which keeps no dictionary.
+TEST_F(TableTest, ASharedTextIsStoredOnceAfterPackingToo) {
+    AddField(L"T", EColumnType::Text);
+    for (ULONG row = 0; row < ManyRows; ++row)
+        m_Rows->AppendRow();
+    const std::vector<tagSharedText> texts = SharedTexts(300, 100);
+    const auto cells = InTurns(texts);
+    m_Rows->SetTexts(0, 0, cells);
+    const std::uint64_t pool = texts[0].Pool;
+    for (ULONG i = 0; texts[0].Pool == pool; ++i) { // until the column has packed its texts
+        ASSERT_LT(i, ManyRows);
+        m_Rows->SetText(0, 0, DistinctText(i));
+        m_Rows->SetTexts(0, 1, std::span(cells).first(1));
+    }
+    EXPECT_LT(m_Rows->MemoryUse(), 4U * ManyRows * 11 / 10 + 100000);
+    std::string scratch;
+    for (ULONG row = 2; row < ManyRows; ++row)
+        ASSERT_EQ(m_Rows->Text(row, 0, scratch), cells[row]->Text) << row;
+    // The packed ones are found again, whoever brings them.
+    for (int round = 0; round < 5; ++round)
+        for (ULONG row = 0; row < texts.size(); ++row)
+            m_Rows->SetText(row, 0, texts[row].Text);
+    EXPECT_LT(m_Rows->MemoryUse(), 4U * ManyRows * 11 / 10 + 100000);
+}
+
+TEST_F(TableTest, TextsWrittenOverThatOtherCellsHaveAreNotPackedAgainAndAgain) {
+    AddField(L"T", EColumnType::Text);
+    for (ULONG row = 0; row < ManyRows; ++row)
+        m_Rows->AppendRow();
+    const std::vector<tagSharedText> texts = SharedTexts(1000, 1000);
+    const auto cells = InTurns(texts);
+    EXPECT_LE(Packings([&] {
+                  for (int round = 0; round < 10; ++round)
+                      m_Rows->SetTexts(0, 0, cells);
+                  for (ULONG row = 0; row < 300; ++row)
+                      m_Rows->SetNull(row, 0);
+              }),
+              1U);
+    EXPECT_LT(m_Rows->MemoryUse(), 4U * ManyRows * 11 / 10 + 1200000);
+}
+
+TEST_F(TableTest, OneOfManyCellsWrittenOverForeverDoesNotPackTheColumnForEachFewTexts) {
+    AddField(L"T", EColumnType::Text);
+    for (ULONG row = 0; row < ManyRows; ++row)
+        m_Rows->AppendRow();
+    const std::vector<tagSharedText> texts = SharedTexts(100, 10);
+    const auto cells = InTurns(texts);
+    m_Rows->SetTexts(0, 0, cells);
+    const std::size_t packings = Packings([&] {
+        for (ULONG i = 0; i < ManyRows; ++i) // of more than 3 MB together
+            m_Rows->SetText(5, 0, DistinctText(i));
+    });
+    EXPECT_GE(packings, 1U);
+    EXPECT_LE(packings, 10U);
+    EXPECT_LT(m_Rows->MemoryUse(), 4U * ManyRows * 2 + 200000);
+    std::string scratch;
+    EXPECT_EQ(m_Rows->Text(4, 0, scratch), texts[4].Text);
+    EXPECT_EQ(m_Rows->Text(5, 0, scratch), DistinctText(ManyRows - 1));
+}
+
 TEST_F(TableTest, TextsOfEveryLengthAcrossBlocksComeBack) {
     AddField(L"T", EColumnType::Text);
     std::vector<std::string> texts;
