@@ -151,9 +151,9 @@ CTextPool::Handle CTextPool::Intern(std::string_view text, std::uint32_t cells) 
         m_Handles.reserve(DictionaryFrom);
         m_Handles.push_back(handle);
         if (++m_Distinct == DictionaryFrom) {
-            Rehash(2 * DictionaryFrom);
+            Rehash(FirstSlots);
             std::ranges::for_each(m_Handles, [this](Handle each) { Insert(each); });
-            m_Handles = {};
+            m_Handles = std::vector<Handle>();
         }
         return handle;
     }
@@ -165,7 +165,7 @@ CTextPool::Handle CTextPool::Intern(std::string_view text, std::uint32_t cells) 
     ++m_Distinct;
     if (!IsDictionaryWorthIt()) {
         m_IsInterning = false;
-        m_Slots = {};
+        m_Slots = std::vector<Handle>(); // {} would keep the memory
     } else if (m_Distinct * 2 > m_Slots.size()) {
         Rehash(m_Slots.size() * 2);
     }

@@ -47,7 +47,9 @@ private:
     static constexpr std::uint32_t DictionaryFrom = 16; // texts
     static constexpr std::uint32_t JudgedFrom = 256;    // texts
     static constexpr std::uint32_t FirstJudged = 128;   // texts, when no two of them are the same
-    static constexpr unsigned char LongLength = 0x80;   // a length that takes more than a byte
+    // Distinct texts, which lose their dictionary when they are first judged, have not grown it till then.
+    static constexpr std::size_t FirstSlots = 2 * FirstJudged;
+    static constexpr unsigned char LongLength = 0x80; // a length that takes more than a byte
 
     static std::string_view LongTextAt(const char* data);
     bool IsDictionaryWorthIt() const;

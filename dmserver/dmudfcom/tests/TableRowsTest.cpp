@@ -627,6 +627,25 @@ TEST_F(TableTest, ARowOfThePortfolioCostsNoMoreThanItsCellsAndATenth) {
     RecordProperty("bytes_per_row", static_cast<int>(used / ManyRows));
 }
 
+TEST_F(TableTest, DistinctTextsPayOnceForTheDictionaryThatTheyGiveUp) {
+    AddField(L"T", EColumnType::Text);
+    m_Rows->AppendRow();
+    m_Rows->PutText(0, std::string(1100, 'x')); // makes room for the short ones
+    LONG number = 0;
+    const auto allocations = [&](LONG end) {
+        const std::size_t before = HeapProbe::Allocations();
+        for (; number < end; ++number)
+            m_Rows->SetText(0, 0, std::to_string(number));
+        return HeapProbe::Allocations() - before;
+    };
+    EXPECT_EQ(allocations(15), 1U); // the dictionary
+    const std::size_t withDictionary = m_Rows->MemoryUse();
+    EXPECT_EQ(allocations(126), 0U);
+    EXPECT_EQ(m_Rows->MemoryUse(), withDictionary);
+    EXPECT_EQ(allocations(127), 0U);
+    EXPECT_EQ(m_Rows->MemoryUse(), withDictionary - 1024);
+}
+
 TEST_F(TableTest, AppendingTakesMemoryByTheChunkAndNotByTheRow) {
     AddField(L"A", EColumnType::Long);
     AddField(L"B", EColumnType::Double);
