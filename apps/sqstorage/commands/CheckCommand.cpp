@@ -100,8 +100,8 @@ void CheckCalendars(CStore& store, CFindings& findings) {
         dates.begin(), dates.end(), [&](const tagOwnedHolidayDate& date) { return !keys.contains(date.Calendar); });
     findings.Good("holiday_dates", fmt::format("The store holds {} holiday date(s).", dates.size()));
     if (astray > 0)
-        findings.Problem("holiday_dates", fmt::format("{} date(s) belong to no calendar and have no effect: remove "
-                                                      "them.",
+        findings.Problem("holiday_dates", fmt::format("{} date(s) belong to no calendar and have no effect: have "
+                                                      "a host remove them.",
                                                       astray));
 }
 
@@ -111,9 +111,10 @@ void CheckSettings(CStore& store, CFindings& findings) {
     for (const auto& row : settings.Rows)
         if (std::any_of(row.begin(), row.end(),
                         [](const Cell& cell) { return std::holds_alternative<tagNull>(cell); }))
-            findings.Problem("settings",
-                             fmt::format("The setting with the key {} lacks a value: update or delete it.",
-                                         TextOf(row.front())));
+            findings.Problem(
+                "settings",
+                fmt::format("The setting with the key {} lacks a value: have a host update or delete it.",
+                            TextOf(row.front())));
 }
 
 std::set<LONG> KeysOfSettings(CStore& store) {

@@ -5,7 +5,7 @@
 #include "apps/sqstorage/rows/TextTable.h"
 #include "apps/sqstorage/store/Connection.h"
 #include "apps/sqstorage/store/DataFeeds.h"
-#include "apps/sqstorage/store/SymbolHealth.h"
+#include "apps/sqstorage/symbol/StraySymbols.h"
 #include "apps/sqstorage/symbol/SymbolReport.h"
 #include "apps/sqstorage/symbol/SymbolSearch.h"
 
@@ -102,7 +102,7 @@ std::string Advice(CStore& store, const std::vector<tagKeyedDataFeed>& feeds, co
         lost == strays.end()
             ? Advice(store, feeds, wanted, arguments)
             : fmt::format("one with the key {} has a feed that is gone, with the key {}, so import it with a feed "
-                          "that is there, and delete the old one",
+                          "that is there, and have a host delete the old one",
                           lost->Key, lost->Feed);
     throw CCommandError(EExitStatus::Refused, fmt::format("There is no symbol \"{}\" in the feed \"{}\": {}.",
                                                           arguments.Name, arguments.Feed, advice));

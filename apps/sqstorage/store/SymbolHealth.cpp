@@ -45,11 +45,11 @@ struct tagFlaw {
 
 constexpr std::array Gaps{
     tagFlaw{"E.EXCHANGE IS NULL", "have an exchange that is gone, and no list shows them",
-            "import them with an exchange that is there, and delete the old ones"},
+            "import them with an exchange that is there, and have a host delete the old ones"},
     tagFlaw{"D.DATA_FEED IS NULL", "have a feed that is gone, and no list shows them",
-            "import them with a feed that is there, and delete the old ones"},
+            "import them with a feed that is there, and have a host delete the old ones"},
     tagFlaw{"D.DELETED<>0", "have a feed that is deleted",
-            "import a feed of its CLSID to have it back, or delete the symbols"},
+            "import a feed of its CLSID to have it back, or have a host delete the symbols"},
     tagFlaw{"COALESCE(P.SETTING_TYPE,0)=0 AND S.SETTING IS NULL", "have a price setting of their own that is gone",
             "import them with prices and --update"},
     tagFlaw{"COALESCE(P.SETTING_TYPE,0)<>0 AND E.EXCHANGE IS NOT NULL AND S.SETTING IS NULL",
@@ -135,26 +135,9 @@ tagSymbolHealth ExamineSymbols(CDatabaseReader& reader, std::span<const LONG> un
         health.Problems.push_back(Effect(reader, isIncomplete));
     if (const std::int64_t count = reader.Number(fmt::format("SELECT COUNT(*) AS C FROM {}", Repeated)); count > 0)
         health.Problems.push_back(fmt::format("{} symbol(s) are there more than once, with the same category, feed "
-                                              "and exchange ({}): delete all but one of each.",
+                                              "and exchange ({}): have a host delete all but one of each.",
                                               count, FirstNames(reader, Repeated)));
     return health;
-}
-
-std::vector<tagStraySymbol> FindStraySymbols(CDatabaseReader& reader, const std::string& name) {
-    std::vector<tagStraySymbol> found;
-    reader.ForEachWith(
-        name,
-        "SELECT P.SYMBOL,P.DATA_FEED,P.EXCHANGE,IIF(D.DATA_FEED IS NULL,0,1) AS HAS_FEED,"
-        "IIF(E.EXCHANGE IS NULL,0,1) AS HAS_EXCHANGE,P.SYMBOL_NAME FROM PORTFOLIO P "
-        "LEFT JOIN EXCHANGES E ON E.EXCHANGE=P.EXCHANGE LEFT JOIN DATA_FEEDS D ON D.DATA_FEED=P.DATA_FEED "
-        "WHERE P.SYMBOL_NAME=? AND (D.DATA_FEED IS NULL OR E.EXCHANGE IS NULL) ORDER BY P.SYMBOL",
-        [&](const ITableRows& rows, ULONG row) {
-            const auto number = [&](ULONG column) { return static_cast<LONG>(rows.Integer(row, column)); };
-            std::string scratch;
-            if (rows.Text(row, 5, scratch) == name) // the database ignores blanks at the end
-                found.push_back({number(0), number(1), number(2), number(3) != 0, number(4) != 0});
-        });
-    return found;
 }
 
 } // namespace sqCli

@@ -121,11 +121,10 @@ public:
     CReport(CStore& store, const std::string& feedName, LONG symbol)
         : m_Store(store), m_Info(store, symbol), m_Exchange(FindExchange(store, m_Info.Number("EXCHANGE"))) {
         if (!m_Exchange)
-            Miss(
-                "exchange of the symbol", m_Info.Number("EXCHANGE"),
-                fmt::format("no list shows the symbol, so import it with an exchange that is there, and delete the "
-                            "one with the key {}",
-                            symbol));
+            Miss("exchange of the symbol", m_Info.Number("EXCHANGE"),
+                 fmt::format("no list shows the symbol, so import it with an exchange that is there, and have a "
+                             "host delete the one with the key {}",
+                             symbol));
         AddIdentity(symbol, feedName);
         AddSetting();
         AddSession();

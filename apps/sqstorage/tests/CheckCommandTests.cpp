@@ -48,11 +48,10 @@ TEST_F(CheckCommand, InconsistenciesAreStatus1) {
                 HasSubstr("holidays,problem,\"2 calendars are called \"\"NYSE\"\", so that an import cannot "
                           "tell which is meant: rename all but one.\"\n"));
     EXPECT_THAT(end.Output,
-                HasSubstr("holiday_dates,problem,1 date(s) belong to no calendar and have no effect: remove "
-                          "them.\n"));
-    EXPECT_THAT(end.Output,
-                HasSubstr("settings,problem,The setting with the key 99996 lacks a value: update or delete "
-                          "it.\n"));
+                HasSubstr("holiday_dates,problem,1 date(s) belong to no calendar and have no effect: have a "
+                          "host remove them.\n"));
+    EXPECT_THAT(end.Output, HasSubstr("settings,problem,The setting with the key 99996 lacks a value: have a host "
+                                      "update or delete it.\n"));
 }
 
 TEST_F(CheckCommand, WhatAnExchangeLacksIsNamed) {
@@ -156,9 +155,9 @@ TEST_F(CheckSymbols, WhatASymbolLacksIsNamed) {
         Findings(1),
         "symbols,ok,The store holds 7 symbol(s).\n"
         "symbols,problem,\"1 symbol(s) have an exchange that is gone, and no list shows them (\"\"a\"\"): import "
-        "them with an exchange that is there, and delete the old ones.\"\n"
+        "them with an exchange that is there, and have a host delete the old ones.\"\n"
         "symbols,problem,\"1 symbol(s) have a feed that is gone, and no list shows them (\"\"b\"\"): import them "
-        "with a feed that is there, and delete the old ones.\"\n"
+        "with a feed that is there, and have a host delete the old ones.\"\n"
         "symbols,problem,\"2 symbol(s) have a price setting of their own that is gone (\"\"c\"\", \"\"e\"\"): "
         "import them with prices and --update.\"\n"
         "symbols,problem,\"1 symbol(s) have a session of their own that is gone (\"\"d\"\"): import them with "
@@ -192,7 +191,7 @@ TEST_F(CheckSymbols, ASessionThatCannotBeWrittenEndsTheWholePortfolioAsWhatIsGon
     const std::string gone =
         "symbols,ok,The store holds 4 symbol(s).\n"
         "symbols,problem,\"1 symbol(s) have an exchange that is gone, and no list shows them (\"\"d\"\"): import "
-        "them with an exchange that is there, and delete the old ones.\"\n";
+        "them with an exchange that is there, and have a host delete the old ones.\"\n";
     EXPECT_EQ(Findings(1), gone + Effect("d"));
     Change(L"UPDATE SESSION_DETAILS SET START_DAY=-1 WHERE SESSION IN (SELECT SESSION FROM SESSIONS WHERE "
            L"SESSION_NAME IN ('SX','T'))");
@@ -208,8 +207,8 @@ TEST_F(CheckSymbols, OfManyTheFirstThreeAreNamed) {
     EXPECT_EQ(Findings(1),
               "symbols,ok,The store holds 6 symbol(s).\n"
               "symbols,problem,\"5 symbol(s) have an exchange that is gone, and no list shows them (\"\"a\"\", "
-              "\"\"b\"\", \"\"c\"\" and others): import them with an exchange that is there, and delete the old "
-              "ones.\"\n" +
+              "\"\"b\"\", \"\"c\"\" and others): import them with an exchange that is there, and have a host "
+              "delete the old ones.\"\n" +
                   Effect("a"));
 }
 
@@ -219,7 +218,7 @@ TEST_F(CheckSymbols, ADeletedFeedTakesNothingFromHostsAndIsToldAllTheSame) {
     EXPECT_EQ(Findings(1),
               "symbols,ok,The store holds 2 symbol(s).\n"
               "symbols,problem,\"1 symbol(s) have a feed that is deleted (\"\"a\"\"): import a feed of "
-              "its CLSID to have it back, or delete the symbols.\"\n");
+              "its CLSID to have it back, or have a host delete the symbols.\"\n");
 }
 
 TEST_F(CheckSymbols, DuplicatesAreThoseThatAnInsertTakesForTheSame) {
@@ -240,7 +239,7 @@ TEST_F(CheckSymbols, DuplicatesAreThoseThatAnInsertTakesForTheSame) {
     EXPECT_EQ(Findings(1),
               "symbols,ok,The store holds 8 symbol(s).\n"
               "symbols,problem,\"2 symbol(s) are there more than once, with the same category, feed and "
-              "exchange (\"\"b\"\", \"\"c\"\"): delete all but one of each.\"\n");
+              "exchange (\"\"b\"\", \"\"c\"\"): have a host delete all but one of each.\"\n");
 }
 
 TEST_F(CheckCommand, AStoreThatDoesNotOpenIsStatus3) {

@@ -192,7 +192,7 @@ TEST_F(SymbolCommand, OfAGoneExchangeSaysSo) {
     EXPECT_EQ(alone.Status, 0);
     EXPECT_EQ(alone.Errors,
               "warning: The exchange of the symbol, with the key 9991, is gone: no list shows the "
-              "symbol, so import it with an exchange that is there, and delete the one with the key " +
+              "symbol, so import it with an exchange that is there, and have a host delete the one with the key " +
                   key + ".\n");
     EXPECT_THAT(alone.Output, HasSubstr("{\"SYMBOL\": " + key + ", \"SYMBOL_NAME\": \"B\", "));
     EXPECT_THAT(alone.Output, HasSubstr("\"EXCHANGE_NAME\": null, "));
@@ -217,7 +217,7 @@ TEST_F(SymbolCommand, OfAGoneFeedSaysSo) {
     EXPECT_EQ(end.Errors,
               "error: There is no symbol \"B\" in the feed \"F\": one with the key " + key +
                   " has a feed that is gone, with the key 9991, so import it with a feed that is there, "
-                  "and delete the old one.\n");
+                  "and have a host delete the old one.\n");
     EXPECT_EQ(Symbol("A").Status, 0);
     EXPECT_EQ(Symbol("A").Errors, "");
 }
