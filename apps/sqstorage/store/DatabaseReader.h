@@ -1,5 +1,6 @@
 // Selects on a connection of its own, beside the store's: for what no interface tells without bringing every row,
-// and for rows that the store's joins leave out. Sees what is committed.
+// and for rows that the store's joins leave out. Sees what is committed. `check` and `symbol` have one, and
+// `import` and `export` when they ask what symbols own: a process of theirs is connected twice.
 //
 // One thread uses it. Errors: CCommandError (NotOpened) when the database cannot be opened, CStoreRefusal when a
 // select fails.
