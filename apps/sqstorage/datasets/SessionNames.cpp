@@ -51,7 +51,7 @@ std::vector<tagNamedSession> NameSessions(CStore& store) {
     std::vector<tagKeyedSession> sessions = SelectSessions(store);
     const auto isExchanges = [&](const tagKeyedSession& row) { return owners.contains(row.Key); };
     if (!std::ranges::all_of(sessions, isExchanges)) {
-        const auto owned = OwnedBySymbols(store).Sessions;
+        const auto& owned = OwnedBySymbols(store).Sessions;
         std::erase_if(sessions, [&](const tagKeyedSession& row) { return owned.contains(row.Key); });
     }
     // A name made up never takes that of another session.

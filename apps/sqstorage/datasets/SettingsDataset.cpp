@@ -40,11 +40,15 @@ std::optional<tagPriceSetting> SettingOf(const std::vector<Cell>& row, std::vect
 
 // As SelectSettings gives them.
 std::vector<std::vector<Cell>> FreeSettings(CStore& store) {
-    auto owned = OwnedBySymbols(store).Settings;
+    std::set<LONG> exchanges;
     for (const tagKeyedExchange& row : SelectExchanges(store))
-        ++owned[row.Exchange.Setting];
+        exchanges.insert(row.Exchange.Setting);
     auto rows = SelectSettings(store).Rows;
-    std::erase_if(rows, [&](const std::vector<Cell>& row) { return owned.contains(LongOf(row.front())); });
+    const auto& owned = OwnedBySymbols(store).Settings;
+    std::erase_if(rows, [&](const std::vector<Cell>& row) {
+        const LONG key = LongOf(row.front());
+        return exchanges.contains(key) || owned.contains(key);
+    });
     return rows;
 }
 

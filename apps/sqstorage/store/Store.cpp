@@ -2,6 +2,7 @@
 
 #include "Connection.h"
 #include "StoreFailure.h"
+#include "Symbols.h"
 #include "apps/sqstorage/ExitStatus.h"
 #include "diagnostics/interface/BugSlayer.h"
 #include "diagnostics/interface/Trail.h"
@@ -58,7 +59,7 @@ tagRowSet ReadRows(const ITableRows& table) {
 
 } // namespace
 
-CStore::CStore() {
+CStore::CStore() : m_OwnedRows(std::make_shared<COwnedRows>()) {
     ForgetFailures();
     if (platform::CreateInstance(IDM_qxStorage::CLSID_qxStorage, m_Storage) == S_OK)
         return;

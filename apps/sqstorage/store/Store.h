@@ -20,7 +20,7 @@
 
 namespace sqCli {
 
-struct tagOwnedRows; // Symbols.h
+class COwnedRows; // Symbols.h
 
 // One sentence, in UTF-8: the store did not do what it was asked to.
 class CStoreRefusal : public std::runtime_error {
@@ -52,8 +52,8 @@ public:
     // What to do after each call that went well, from now on; null for nothing.
     void AfterCalls(std::function<void()> action) { m_AfterCall = std::move(action); }
 
-    // What symbols own, kept by Symbols.cpp from when it is first asked for until a symbol is written.
-    [[nodiscard]] std::shared_ptr<const tagOwnedRows>& KeptOwnedRows() noexcept { return m_OwnedRows; }
+    // What symbols own.
+    [[nodiscard]] COwnedRows& OwnedRows() noexcept { return *m_OwnedRows; }
 
     // Another of the storage's interfaces.
     template <class Interface>
@@ -76,7 +76,7 @@ private:
 
     platform::CComPtr<IqxStorage> m_Storage;
     std::function<void()> m_AfterCall;
-    std::shared_ptr<const tagOwnedRows> m_OwnedRows;
+    std::shared_ptr<COwnedRows> m_OwnedRows;
 };
 
 // An empty table, to be filled for a call.

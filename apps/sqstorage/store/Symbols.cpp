@@ -4,10 +4,13 @@
 #include "DatabaseReader.h"
 #include "Exchanges.h"
 #include "SymbolFilter.h"
+#include "apps/sqstorage/ExitStatus.h"
 #include "platform/com/bstr.h"
+#include "platform/registry.h"
 #include "platform/text.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 
 namespace sqCli {
 
@@ -41,7 +44,6 @@ HRESULT WithValues(const tagSymbol& symbol, Call&& call) {
 }
 
 LONG InsertRow(CStore& store, const tagSymbol& symbol) {
-    store.KeptOwnedRows().reset();
     LONG key = 0;
     const HRESULT status = store.Run([&](CStore::IqxStorage& storage) {
         return WithValues(symbol, [&](auto... values) { return storage.InsertPortfolio(values..., &key); });
@@ -74,13 +76,24 @@ constexpr std::string_view SelectOwningSymbols =
 constexpr std::string_view SelectUsedTemplates =
     "SELECT DISTINCT TEMPLATE_SESSION FROM PORTFOLIO WHERE SESSION_TYPE=2";
 
+// The store is open, so that a second connection that is refused is one refusal more.
+CDatabaseReader OpenReader() {
+    try {
+        return CDatabaseReader(ReadConnection());
+    } catch (const CCommandError& error) {
+        throw CStoreRefusal(error.what());
+    } catch (const platform::CRegistryError& error) {
+        throw CStoreRefusal(fmt::format("The registry cannot be used: {}", error.what()));
+    }
+}
+
 // Some of it may be an exchange's.
 tagOwnedRows ReadOwnedRows() {
     using IDM_dmudfcom::ITableRows;
     const auto key = [](const ITableRows& rows, ULONG row, ULONG column) {
         return static_cast<LONG>(rows.Integer(row, column));
     };
-    CDatabaseReader reader(ReadConnection());
+    CDatabaseReader reader = OpenReader();
     tagOwnedRows owned;
     reader.ForEach(SelectOwningSymbols, [&](const ITableRows& rows, ULONG row) {
         if (!rows.IsNull(row, 0))
@@ -161,6 +174,7 @@ tagSymbol CSymbolTable::At(ULONG row) const {
 }
 
 LONG InsertSymbol(CStore& store, const tagSymbol& symbol) {
+    store.OwnedRows().Forget();
     if (!IsCutByInsert(symbol.Description))
         return InsertRow(store, symbol);
     tagSymbol bare = symbol;
@@ -176,24 +190,33 @@ LONG InsertSymbol(CStore& store, const tagSymbol& symbol) {
 }
 
 void UpdateSymbol(CStore& store, LONG key, const tagSymbol& symbol) {
-    store.KeptOwnedRows().reset();
+    store.OwnedRows().Forget();
     store.Run([&](CStore::IqxStorage& storage) {
         return WithValues(symbol, [&](auto... values) { return storage.UpdatePortfolio(key, values...); });
     });
 }
 
-tagOwnedRows OwnedBySymbols(CStore& store) {
-    auto& kept = store.KeptOwnedRows();
-    if (!kept)
-        kept = std::make_shared<const tagOwnedRows>(ReadOwnedRows());
-    tagOwnedRows owned = *kept;
-    if (owned.Settings.empty() && owned.Sessions.empty())
-        return owned;
+const tagOwnedRows& OwnedBySymbols(CStore& store) { return store.OwnedRows().Of(store); }
+
+const tagOwnedRows& COwnedRows::Of(CStore& store) {
+    if (!m_IsKept)
+        m_Owned = ReadOwnedRows();
+    m_IsKept = true;
+    m_Owned.Settings.merge(m_Exchanges.Settings);
+    m_Owned.Sessions.merge(m_Exchanges.Sessions);
+    if (m_Owned.Settings.empty() && m_Owned.Sessions.empty())
+        return m_Owned;
     for (const tagKeyedExchange& exchange : SelectExchanges(store)) {
-        owned.Settings.erase(exchange.Exchange.Setting);
-        owned.Sessions.erase(exchange.Exchange.Session);
+        m_Exchanges.Settings.insert(m_Owned.Settings.extract(exchange.Exchange.Setting));
+        m_Exchanges.Sessions.insert(m_Owned.Sessions.extract(exchange.Exchange.Session));
     }
-    return owned;
+    return m_Owned;
+}
+
+void COwnedRows::Forget() noexcept {
+    m_IsKept = false;
+    m_Owned = {};
+    m_Exchanges = {};
 }
 
 } // namespace sqCli

@@ -119,13 +119,32 @@ void UpdateSymbol(CStore& store, LONG key, const tagSymbol& symbol);
 
 // The settings and sessions that symbols own, with how many symbols have each. What an exchange has, or symbols
 // share as a template, is nobody's own.
-//
-// The database is asked for the owning symbols' two keys, on a connection of its own, and once until a symbol is
-// written: symbols that own nothing cost no memory.
 struct tagOwnedRows {
     std::map<LONG, std::size_t> Settings;
     std::map<LONG, std::size_t> Sessions;
 };
-[[nodiscard]] tagOwnedRows OwnedBySymbols(CStore& store);
+// Good until the next call.
+[[nodiscard]] const tagOwnedRows& OwnedBySymbols(CStore& store);
+
+// What symbols own, kept with their store from when it is first asked for until a symbol is written. The database
+// is asked for the owning symbols' two keys, on a connection of its own: symbols that own nothing cost no memory.
+// An exchange may take something, or give it up, at any time, so that the exchanges are asked for again at each
+// call.
+class COwnedRows {
+public:
+    [[nodiscard]] bool IsKept() const noexcept { return m_IsKept; }
+
+private:
+    friend const tagOwnedRows& OwnedBySymbols(CStore& store);
+    friend LONG InsertSymbol(CStore& store, const tagSymbol& symbol);
+    friend void UpdateSymbol(CStore& store, LONG key, const tagSymbol& symbol);
+
+    [[nodiscard]] const tagOwnedRows& Of(CStore& store);
+    void Forget() noexcept;
+
+    bool m_IsKept = false;
+    tagOwnedRows m_Owned;
+    tagOwnedRows m_Exchanges; // the rest of what was read
+};
 
 } // namespace sqCli

@@ -3,6 +3,7 @@
 #include "RefusedClass.h"
 #include "WatchedDatabase.h"
 #include "apps/sqstorage/CommandLine.h"
+#include "platform/registry.h"
 #include "platform/text.h"
 
 #include <functional>
@@ -19,7 +20,7 @@ using testing::ElementsAre;
 class ImportFailure : public HostTest {
 protected:
     ImportFailure() {
-        for (const wchar_t* table : {L"CURRENCY", L"EXCHANGES", L"SESSIONS", L"SETTINGS"})
+        for (const wchar_t* table : {L"CURRENCY", L"EXCHANGES", L"HOLIDAYS", L"SESSIONS", L"SETTINGS"})
             Sql(std::wstring(L"DELETE FROM ") + table);
     }
 
@@ -68,10 +69,13 @@ protected:
 
     // In a storage that is made from now on.
     static CWatchedClass RaisesAt(const std::wstring& statement, tagWatch& watch) {
-        watch.BeforeStatement = [statement](const std::wstring& asked) {
+        return WatchesStatements(watch, [statement](const std::wstring& asked) {
             if (asked == statement)
                 throw std::runtime_error("the line is dead");
-        };
+        });
+    }
+    static CWatchedClass WatchesStatements(tagWatch& watch, std::function<void(const std::wstring&)> before) {
+        watch.BeforeStatement = std::move(before);
         return CWatchedClass(IDM_dmFirebird::CLSID_dmDatabase, [&watch](void** made) {
             CComPtr<IdmDatabase> own;
             own.Attach(static_cast<IdmDatabase*>(*made));
@@ -125,6 +129,27 @@ TEST_F(ImportFailure, AFileThatTheStoreCannotBeReadForLeavesTheOthersAndTheSumma
     EXPECT_EQ(end.Output, "FILE,ROWS,ADDED,UPDATED,UNCHANGED,DIFFERENT,REFUSED\n" + settings + ",1,1,0,0,0,0\n" +
                               currencies + ",3,0,0,0,0,3\n");
     EXPECT_EQ(end.Errors, "error: " + currencies + ":1: the store could not be read. The line is dead.\n");
+}
+
+TEST_F(ImportFailure, ASecondConnectionThatIsRefusedLeavesTheOtherFilesAndTheSummary) {
+    const std::string holidays = Write("holidays.csv", "HOLIDAY_NAME\nX\n");
+    const std::string settings =
+        Write("settings.csv", "PRICE_SCALE,POINT_VALUE,DAILY_LIMIT,MIN_MOVEMENT\n1,1,1,1\n");
+    const auto key = platform::CRegistryKey::Create(platform::ERegistryRoot::Machine, CStorageHost::Key());
+    const std::wstring path = key.ReadText(L"Path").value();
+    tagWatch watch;
+    const auto watched = WatchesStatements(watch, [&](const std::wstring& statement) {
+        if (statement.starts_with(L"INSERT INTO HOLIDAYS"))
+            key.WriteText(L"Path", path + L".gone");
+    });
+    const tagEnd end = Run({holidays.c_str(), settings.c_str()});
+    key.WriteText(L"Path", path);
+    EXPECT_EQ(end.Status, 4);
+    EXPECT_EQ(end.Output, "FILE,ROWS,ADDED,UPDATED,UNCHANGED,DIFFERENT,REFUSED\n" + holidays + ",1,1,0,0,0,0\n" +
+                              settings + ",1,0,0,0,0,1\n");
+    EXPECT_EQ(end.Errors, "error: " + settings + ":1: the store could not be read. The database file \"" +
+                              platform::ToUtf8(path) +
+                              ".gone\" does not exist: create the database first, or correct the path.\n");
 }
 
 TEST_F(ImportFailure, PricesComeBackWhenTheirExchangeRaises) {

@@ -2,6 +2,7 @@
 #include "HostFixture.h"
 #include "apps/sqstorage/datasets/SessionNames.h"
 #include "apps/sqstorage/store/Symbols.h"
+#include "platform/registry.h"
 
 #include <gmock/gmock.h>
 
@@ -84,16 +85,29 @@ TEST_F(OwnedRows, AreReadWithoutTheSymbolsAndOnceUntilOneIsWritten) {
     // An exchange may take one at any time.
     Sql(L"UPDATE EXCHANGES SET SETTING=30 WHERE EXCHANGE=2");
     EXPECT_THAT(OwnedBySymbols(m_Store).Settings, ElementsAre(Pair(31, 1)));
+    Sql(L"UPDATE EXCHANGES SET SETTING=31 WHERE EXCHANGE=2");
+    EXPECT_THAT(OwnedBySymbols(m_Store).Settings, ElementsAre(Pair(30, 1))) << "and may give one up";
+}
+
+TEST_F(OwnedRows, ThatCannotBeReadAreARefusalOfTheStore) {
+    const auto key = platform::CRegistryKey::Create(platform::ERegistryRoot::Machine, tests::CStorageHost::Key());
+    const std::wstring path = key.ReadText(L"Path").value();
+    key.WriteText(L"Path", path + L".gone");
+    EXPECT_THROW(static_cast<void>(OwnedBySymbols(m_Store)), sqCli::CStoreRefusal);
+    key.WriteText(L"Path", L"");
+    EXPECT_THROW(static_cast<void>(OwnedBySymbols(m_Store)), sqCli::CStoreRefusal);
+    key.WriteText(L"Path", path);
+    EXPECT_THAT(OwnedBySymbols(m_Store).Settings, IsEmpty());
 }
 
 TEST_F(OwnedRows, AreNotAskedForWhereEverySessionIsAnExchanges) {
     Sql(L"INSERT INTO SESSIONS VALUES(11,1,'SE',2)");
     Sql(L"INSERT INTO SESSIONS VALUES(21,1,'SX',2)");
     EXPECT_EQ(2U, sqCli::NameSessions(m_Store).size());
-    EXPECT_FALSE(m_Store.KeptOwnedRows());
+    EXPECT_FALSE(m_Store.OwnedRows().IsKept());
     Sql(L"INSERT INTO SESSIONS VALUES(40,2,'T',2)");
     EXPECT_EQ(3U, sqCli::NameSessions(m_Store).size());
-    EXPECT_TRUE(m_Store.KeptOwnedRows());
+    EXPECT_TRUE(m_Store.OwnedRows().IsKept());
 }
 
 } // namespace
