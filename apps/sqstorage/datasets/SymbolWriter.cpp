@@ -2,6 +2,7 @@
 
 #include "apps/sqstorage/store/PriceSettings.h"
 
+#include <exception>
 #include <ranges>
 
 namespace sqCli {
@@ -10,8 +11,9 @@ CSymbolWriter::CUndo::~CUndo() {
     for (const auto& step : std::views::reverse(m_Steps)) {
         try {
             step();
-        } catch (const CStoreRefusal&) {
-            // What stays behind has no effect; the refusal that led here is what counts.
+        } catch (const std::exception&) {
+            // What stays behind has no effect, and what led here is what counts: also where not the store refused
+            // the step, but who is told of its changes could not be.
         }
     }
 }
