@@ -305,6 +305,15 @@ TEST_F(DataFeeds, DeleteMarksTheFeed) {
     EXPECT_EQ(0, RecordCount(Select(0, 0)));
 }
 
+TEST_F(DataFeeds, DeleteChangesTheMarkAndNothingElse) {
+    Sql(std::wstring(L"INSERT INTO DATA_FEEDS VALUES(7,'Feed','f.dll','") + Clsid + L"',3,4,0,5,'F')");
+    Sql(std::wstring(L"INSERT INTO DATA_FEEDS VALUES(8,'Twin','t.dll','") + Clsid + L"',0,1,0,0,'T')");
+    EXPECT_EQ(1, Delete(7));
+    EXPECT_THAT(Sql(L"SELECT * FROM DATA_FEEDS ORDER BY DATA_FEED"),
+                ElementsAre(Row{L"7", L"Feed", L"f.dll", Clsid, L"3", L"4", L"1", L"5", L"F"},
+                            Row{L"8", L"Twin", L"t.dll", Clsid, L"0", L"1", L"0", L"0", L"T"}));
+}
+
 TEST_F(DataFeeds, DeleteIsRefusedWhileASymbolUsesTheFeedAndIsStillAnnounced) {
     const LONG key = Insert({});
     for (const wchar_t* user :
@@ -443,6 +452,28 @@ TEST_F(DataFeeds, ANameThatTwoFeedsShareGivesTheFirstWithAWarning) {
                 ElementsAre(L"[WARNING]  SelectDataFeed, GetByName = Twin", L"[WARNING]  ID = " + keys[0][0],
                             L"[WARNING]  ID = " + keys[1][0]));
     EXPECT_THAT(Recorder::Asserts(), IsEmpty());
+}
+
+TEST_F(DataFeeds, APercentSignInATextIsALetterLikeOthers) {
+    const LONG key = Insert({.Name = L"50%s%n", .ShortName = L"%d", .DllName = L"%s.dll", .Class = L"{%n}"});
+    EXPECT_THAT(Statements(), ElementsAre(Inserted(key, L"'50%s%n','%s.dll','{%n}',1,1,0,0,'%d'")));
+    EXPECT_THAT(Rows(), ElementsAre(Row{Text(key), L"50%s%n", L"%d", L"%s.dll", L"{%n}", L"1", L"1", L"0", L"0"}));
+    TakeAll();
+    EXPECT_EQ(S_OK, Update(key, {.Name = L"%s%s", .ShortName = L"%", .DllName = L"%n", .Class = L"%d"}, 1));
+    EXPECT_THAT(
+        Statements(),
+        ElementsAre(L"sql = 'UPDATE DATA_FEEDS SET DATA_FEED_NAME='%s%s', DATA_FEED_SHORT_NAME='%', "
+                    L"DATA_FEED_DLL_NAME='%n', CLSID='%d', ASCII=0, ACTIVATED=1, DELETED=0 WHERE DATA_FEED=" +
+                    Text(key) + L"'"));
+    EXPECT_THAT(Rows(), ElementsAre(Row{Text(key), L"%s%s", L"%", L"%n", L"%d", L"1", L"1", L"0", L"0"}));
+    Write(11, L"%s%s", L"B", 1, 0);
+    const auto keys = Sql(L"SELECT DATA_FEED FROM DATA_FEEDS WHERE DATA_FEED_NAME='%s%s' AND DELETED=0");
+    ASSERT_EQ(2U, keys.size());
+    TakeAll();
+    EXPECT_EQ(keys[0][0], Text(Get(L"%s%s")));
+    EXPECT_THAT(Recorder::Messages(),
+                ElementsAre(L"[WARNING]  SelectDataFeed, GetByName = %s%s", L"[WARNING]  ID = " + keys[0][0],
+                            L"[WARNING]  ID = " + keys[1][0]));
 }
 
 TEST_F(DataFeeds, AQuoteBreaksTheLookupByName) {

@@ -150,6 +150,24 @@ TEST_F(Exchanges, AMalformedZoneIsReportedAndStoresZeros) {
     }
 }
 
+TEST_F(Exchanges, MinutesAndSecondsAboveSixtyAreCarried) {
+    const wchar_t* const zone = L"300,0,11,0,1,01:75:90.0000,-60,3,0,2,00:59:61.0000";
+    const auto times = [] {
+        return Sql(L"SELECT CAST(STANDARD_TIME AS VARCHAR(13)) AS DESCRIPTION, CAST(DAYLIGHT_TIME AS VARCHAR(13)) "
+                   L"AS SYMBOL_NAME FROM EXCHANGES");
+    };
+    const LONG key = Insert({.Zone = zone});
+    EXPECT_THAT(Statements(),
+                ElementsAre(Inserted(key, L"'NYSE',0,20,30,2,'N',1,300,0,0,1,11,'02:16:30.0000',-60,0,2,3,"
+                                          L"'01:00:01.0000','New York'")));
+    EXPECT_THAT(times(), ElementsAre(Row{L"02:16:30.0000", L"01:00:01.0000"}));
+    EXPECT_EQ(S_OK, Update(key, {}));
+    EXPECT_EQ(Eastern, ZoneText());
+    EXPECT_EQ(S_OK, Update(key, {.Zone = zone}));
+    EXPECT_THAT(times(), ElementsAre(Row{L"02:16:30.0000", L"01:00:01.0000"}));
+    EXPECT_THAT(Recorder::Asserts(), IsEmpty());
+}
+
 TEST_F(Exchanges, AChangeOutsideTheDayIsReportedAndNothingIsWritten) {
     LONG key = -1;
     EXPECT_EQ(S_FALSE, TryInsert({.Zone = L"0,0,11,0,1,24:00:00.0000,-60,3,0,2,02:00:00.0000"}, &key));
@@ -274,6 +292,22 @@ TEST_F(Exchanges, RenamingAnnouncesTheDictionaryBeforeTheExchange) {
     EXPECT_THAT(m_Changes.Take(), ElementsAre(Change(0x4000, 0), Change(0x80, 0)));
     // The dictionary is corrected from the name that the exchange had before.
     EXPECT_THAT(Recorder::Messages(), Contains(L"Exchange 'NYSE' -> 'XNYS'"));
+}
+
+TEST_F(Exchanges, TheOldNameIsThatOfTheRenamedExchangeAmongOthers) {
+    for (const bool isFirst : {true, false}) {
+        Sql(L"DELETE FROM EXCHANGES");
+        if (!isFirst)
+            Insert({.Name = L"TSE", .Zone = Tokyo});
+        const LONG key = Insert({});
+        if (isFirst)
+            Insert({.Name = L"TSE", .Zone = Tokyo});
+        TakeAll();
+        EXPECT_EQ(S_OK, Update(key, {.Name = L"XNYS"}));
+        EXPECT_THAT(Recorder::Messages(), Contains(L"Exchange 'NYSE' -> 'XNYS'"));
+        EXPECT_THAT(Sql(L"SELECT EXCHANGE_NAME FROM EXCHANGES ORDER BY EXCHANGE_NAME"),
+                    ElementsAre(Row{L"TSE"}, Row{L"XNYS"}));
+    }
 }
 
 TEST_F(Exchanges, AnUpdateThatKeepsTheNameAnnouncesTheDictionaryToo) {
@@ -491,6 +525,30 @@ TEST_F(Exchanges, ANameThatTwoExchangesShareGivesTheFirstWithAWarningOfTheEscape
     EXPECT_EQ(keys[0][0], Text(Get(L"O'X")));
     EXPECT_THAT(Recorder::Messages(),
                 ElementsAre(L"[WARNING]  SelectExchange, GetByName = O''X", L"[WARNING]  ID = " + keys[0][0],
+                            L"[WARNING]  ID = " + keys[1][0]));
+}
+
+TEST_F(Exchanges, APercentSignInATextIsALetterLikeOthers) {
+    const LONG key = Insert({.Name = L"50%s%n", .Description = L"%d%%", .MapId = L"%s", .Zone = Tokyo});
+    EXPECT_THAT(Statements(),
+                ElementsAre(Inserted(key, L"'50%s%n',0,20,30,2,'%s',0,-540,0,0,0,0,'00:00:00.0000',0,0,0,0,"
+                                          L"'00:00:00.0000','%d%%'")));
+    const auto texts = [] { return Sql(L"SELECT EXCHANGE_NAME, MAP_ID, DESCRIPTION FROM EXCHANGES"); };
+    EXPECT_THAT(texts(), ElementsAre(Row{L"50%s%n", L"%s", L"%d%%"}));
+    TakeAll();
+    EXPECT_EQ(S_OK, Update(key, {.Name = L"%s", .Description = L"%n", .MapId = L"%x", .Zone = Tokyo}));
+    EXPECT_THAT(Recorder::Messages(), Contains(L"Exchange '50%s%n' -> '%s'"));
+    EXPECT_THAT(Statements(), ElementsAre(testing::AllOf(testing::HasSubstr(L"EXCHANGE_NAME='%s',"),
+                                                         testing::HasSubstr(L"MAP_ID='%x',"),
+                                                         testing::HasSubstr(L"DESCRIPTION='%n' "))));
+    EXPECT_THAT(texts(), ElementsAre(Row{L"%s", L"%x", L"%n"}));
+    Insert({.Name = L"%s"});
+    const auto keys = Sql(L"SELECT EXCHANGE FROM EXCHANGES WHERE EXCHANGE_NAME='%s'");
+    ASSERT_EQ(2U, keys.size());
+    TakeAll();
+    EXPECT_EQ(keys[0][0], Text(Get(L"%s")));
+    EXPECT_THAT(Recorder::Messages(),
+                ElementsAre(L"[WARNING]  SelectExchange, GetByName = %s", L"[WARNING]  ID = " + keys[0][0],
                             L"[WARNING]  ID = " + keys[1][0]));
 }
 

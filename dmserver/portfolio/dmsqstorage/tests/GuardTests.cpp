@@ -1,25 +1,16 @@
 // Where exceptions end: in the guard of the operation, or in that of the interface method.
 #include "DatabaseRequest.h"
+#include "InsideFixture.h"
 #include "PrivateMember.h"
 #include "RefusedClass.h"
 #include "StatementText.h"
-#include "StorageFixture.h"
-#include "WatchedDatabase.h"
 #include "diagnostics/interface/CrashCatchers.h"
 #include "platform/com/com_error.h"
-#include "qxStorageBase.h"
 
 #include <functional>
-#include <stdexcept>
 #include <utility>
 
 namespace tests {
-
-struct Database {
-    using Member = platform::CComPtr<sqStorage::IdmDatabase> sqStorage::CStorage::*;
-    friend Member MemberOf(Database);
-};
-template struct CPrivateMember<Database, &sqStorage::CStorage::m_Database>;
 
 struct Object {
     using Member = std::unique_ptr<sqStorage::CStorage> dm::CSingleton<sqStorage::CStorage>::*;
@@ -38,40 +29,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-// The functions whose guards reported.
-std::vector<std::wstring> Reporters() {
-    std::vector<std::wstring> functions;
-    for (const auto& record : Recorder::RecordsOf(L"ERROR"))
-        functions.push_back(record.Inner.empty() ? L"" : record.Inner.front().Function);
-    return functions;
-}
-
-class Guards : public HostTest {
-protected:
-    Guards() {
-        EXPECT_EQ(S_OK, m_Object->FinalConstruct());
-        for (const wchar_t* table :
-             {L"HOLIDAYS", L"HOLIDAY_DETAILS", L"SETTINGS", L"DATA_FEEDS", L"EXCHANGES", L"SESSIONS", L"CURRENCY"})
-            Sql(std::wstring(L"DELETE FROM ") + table);
-        Recorder::Clear();
-    }
-    sqStorage::CStorage& Storage() { return *m_Holder.GetObject(); }
-    // From now on every request on the database raises.
-    void CloseDatabase() { (Storage().*MemberOf(Database{}))->Close(); }
-    // From now on a statement that begins so raises.
-    void BreakStatement(const std::wstring& beginning) {
-        m_Watch.BeforeStatement = [beginning](const std::wstring& statement) {
-            if (statement.starts_with(beginning))
-                throw std::runtime_error("broken");
-        };
-        auto& database = Storage().*MemberOf(Database{});
-        database = CComPtr<sqStorage::IdmDatabase>(platform::MakeObject<CWatchedDatabase>(database, m_Watch).Get());
-    }
-
-    tagWatch m_Watch; // outlives the storage
-    sqStorage::CStorageHolder m_Holder;
-    const CComPtr<CqxStorageBase> m_Object = platform::MakeObject<CqxStorageBase>();
-};
+class Guards : public InsideTest {};
 
 // Takes the storage away from its singleton, so that whoever asks for it meets an exception.
 class CNoObject {
@@ -218,7 +176,6 @@ TEST_F(Guards, AnExceptionInWhatAnOperationCallsIsReportedThereAndThenUnderTheOp
 
 TEST_F(Guards, AnExceptionInAnInsertIsReportedUnderItsNameAndGivesNoKey) {
     BreakStatement(L"INSERT INTO ");
-    CBroadcastRecorder changes;
     using Calls = std::vector<std::pair<std::wstring, std::function<LONG()>>>;
     const Calls calls{
         {L"InsertHoliday", [&] { return Storage().InsertHoliday(L"x"); }},
@@ -237,7 +194,7 @@ TEST_F(Guards, AnExceptionInAnInsertIsReportedUnderItsNameAndGivesNoKey) {
         EXPECT_THAT(Reporters(), ElementsAre(L"sqStorage::CStorage::" + name));
         EXPECT_THAT(Recorder::Errors(), ElementsAre(HasSubstr(L"broken")));
     }
-    EXPECT_THAT(changes.Take(), IsEmpty());
+    EXPECT_THAT(m_Changes.Take(), IsEmpty());
 }
 
 TEST_F(Guards, ADeleteOfAnExchangeThatRaisesAnswersZeroAndAnnouncesNothing) {
@@ -245,13 +202,12 @@ TEST_F(Guards, ADeleteOfAnExchangeThatRaisesAnswersZeroAndAnnouncesNothing) {
     Sql(L"INSERT INTO SETTINGS VALUES(20,1,1,1,1)");
     Sql(L"INSERT INTO SESSIONS VALUES(30,1,'Day',0)");
     BreakStatement(L"SELECT * FROM DELETE_EXCHANGE(");
-    CBroadcastRecorder changes;
     LONG deleted = -1;
     EXPECT_EQ(S_OK, m_Object->DeleteExchange(5, &deleted));
     EXPECT_EQ(0, deleted);
     EXPECT_THAT(Reporters(), ElementsAre(L"sqStorage::CStorage::DeleteExchange"));
     EXPECT_THAT(Recorder::Errors(), ElementsAre(StartsWith(L"DeleteAnything: Open (stdexcept: \"broken\")")));
-    EXPECT_THAT(changes.Take(), IsEmpty());
+    EXPECT_THAT(m_Changes.Take(), IsEmpty());
     EXPECT_THAT(Sql(L"SELECT E.EXCHANGE, T.SETTING, S.SESSION FROM EXCHANGES E, SETTINGS T, SESSIONS S"),
                 ElementsAre(Row{L"5", L"20", L"30"}));
 }
@@ -259,23 +215,21 @@ TEST_F(Guards, ADeleteOfAnExchangeThatRaisesAnswersZeroAndAnnouncesNothing) {
 TEST_F(Guards, ADeleteOfAFeedThatRaisesAnswersZeroAndAnnouncesNothing) {
     Sql(L"INSERT INTO DATA_FEEDS VALUES(7,'Feed','x.dll','{C}',1,1,0,0,'X')");
     BreakStatement(L"SELECT * FROM DELETE_DATA_FEED(");
-    CBroadcastRecorder changes;
     LONG deleted = -1;
     EXPECT_EQ(S_OK, m_Object->DeleteDataFeed(7, &deleted));
     EXPECT_EQ(0, deleted);
     EXPECT_THAT(Reporters(), ElementsAre(L"sqStorage::CStorage::DeleteDataFeed"));
     EXPECT_THAT(Recorder::Errors(), ElementsAre(StartsWith(L"DeleteAnything: Open (stdexcept: \"broken\")")));
-    EXPECT_THAT(changes.Take(), IsEmpty());
+    EXPECT_THAT(m_Changes.Take(), IsEmpty());
     EXPECT_THAT(Sql(L"SELECT DELETED FROM DATA_FEEDS"), ElementsAre(Row{L"0"}));
 }
 
 // Past the interface, which asks first whether it is there.
 TEST_F(Guards, AnUpdateOfAnExchangeThatIsGoneTellsTheDictionaryOfNoOldName) {
-    CBroadcastRecorder changes;
     Storage().UpdateExchange(2000000000, L"XNYS", L"", 0, 1, 1, 0, L"",
                              L"0,0,0,0,0,00:00:00.0000,0,0,0,0,00:00:00.0000");
     EXPECT_THAT(Recorder::Messages(), Contains(L"Exchange '' -> 'XNYS'"));
-    EXPECT_THAT(changes.Take(), ElementsAre(Change(0x4000, 0), Change(0x80, 0)));
+    EXPECT_THAT(m_Changes.Take(), ElementsAre(Change(0x4000, 0), Change(0x80, 0)));
     EXPECT_THAT(Recorder::Asserts(), IsEmpty());
 }
 

@@ -187,11 +187,12 @@ TEST_F(Notify, ASinkThatAnswersFalseIsDroppedFromAllMasksAfterTheBroadcast) {
 
 TEST_F(Notify, AnObjectThatIsNoSinkIsDroppedAtItsFirstNotification) {
     const auto object = platform::MakeObject<CNoSink>();
-    EXPECT_EQ(S_OK, m_Notify->AdviseNotify(0x1, object.Get()));
+    EXPECT_EQ(S_OK, m_Notify->AdviseNotify(0x9, object.Get()));
     m_Smart->SendNotify(1);
     Deliver();
     EXPECT_THAT(Recorder::Messages(), Contains(L"QueryInterface hr=80004002"));
     EXPECT_EQ(S_FALSE, m_Notify->UnadviseNotify(0x1, object.Get()));
+    EXPECT_EQ(S_FALSE, m_Notify->UnadviseNotify(0x8, object.Get())) << "from all masks, not only the one sent";
 }
 
 TEST_F(Notify, ANullSinkIsAcceptedAndSkipped) {
@@ -202,6 +203,15 @@ TEST_F(Notify, ANullSinkIsAcceptedAndSkipped) {
     Deliver();
     EXPECT_THAT(sink->Calls, ElementsAre(Change(0x1, 0)));
     EXPECT_EQ(S_OK, m_Notify->UnadviseNotify(0x1, nullptr));
+}
+
+TEST_F(Notify, ANullSinkIsTracedAndAskedForNothing) {
+    ASSERT_EQ(S_OK, m_Notify->AdviseNotify(0x1, nullptr));
+    Recorder::Clear();
+    m_Smart->SendNotify(1);
+    Deliver();
+    EXPECT_THAT(Recorder::Messages(), ElementsAre(L"Mask = 1", testing::StartsWith(L"pSink=")));
+    EXPECT_EQ(S_OK, m_Notify->UnadviseNotify(0x1, nullptr)) << "it stays";
 }
 
 TEST_F(Notify, ASinkThatTakesItselfOffLetsTheNextOneMissThisNotification) {
@@ -300,6 +310,16 @@ TEST_F(Notify, AFailingSinkIsTakenOffWithATraceOfItsOwn) {
     Deliver();
     EXPECT_THAT(Recorder::Messages(), Contains(L"DataChanged hr=80004005"));
     EXPECT_THAT(Recorder::Messages(), Contains(testing::StartsWith(L"UnadviseNotifyAllMasks: Sink = 0x")));
+}
+
+TEST_F(Notify, ASinkThatFailsOnTwoBitsIsTakenOffTwice) {
+    const auto sink = Sink();
+    sink->Answer = E_FAIL;
+    m_Notify->AdviseNotify(0x3, sink.Get());
+    m_Smart->SendNotify(3);
+    Deliver();
+    EXPECT_THAT(sink->Calls, ElementsAre(Change(0x1, 0), Change(0x2, 0)));
+    EXPECT_THAT(Recorder::Messages(), Contains(testing::StartsWith(L"UnadviseNotifyAllMasks: Sink = 0x")).Times(2));
 }
 
 TEST_F(Notify, QueuedNotificationsAreDroppedWithTheStorage) {

@@ -287,6 +287,18 @@ TEST_F(Sessions, ACutThroughADoubledQuoteBreaksTheStatementWhichIsReportedAndSti
     EXPECT_THAT(Sql(L"SELECT SESSION_NAME FROM SESSIONS"), ElementsAre(Row{L"Day"}));
 }
 
+TEST_F(Sessions, APercentSignInANameIsALetterLikeOthers) {
+    const LONG key = Insert(Template, L"50%s%n");
+    EXPECT_THAT(Statements(), ElementsAre(L"sql = 'INSERT INTO SESSIONS VALUES(" + Text(key) + L",2,'50%s%n',0)'"));
+    EXPECT_THAT(Rows(), ElementsAre(Row{Text(key), L"2", L"50%s%n", L"0"}));
+    TakeAll();
+    const std::wstring full = L"%s%n" + std::wstring(59, L'%');
+    const std::wstring shortened = full.substr(0, 61) + L"\"\"";
+    EXPECT_EQ(S_OK, Update(key, 1, full));
+    EXPECT_THAT(Recorder::Messages(), ElementsAre(Cut(full, shortened), Updated(key, 1, shortened)));
+    EXPECT_THAT(Rows(), ElementsAre(Row{Text(key), L"1", shortened, L"0"}));
+}
+
 TEST_F(Sessions, UpdateCutsEvenAnEndlessName) {
     const LONG key = Insert(1, L"Day");
     EXPECT_EQ(S_OK, Update(key, 1, std::wstring(5000, L'x')));

@@ -33,6 +33,14 @@ private:
     std::vector<Change> m_Changes; // guarded by m_Lock
 };
 
+// The functions whose guards reported.
+inline std::vector<std::wstring> Reporters() {
+    std::vector<std::wstring> functions;
+    for (const auto& record : Recorder::RecordsOf(L"ERROR"))
+        functions.push_back(record.Inner.empty() ? L"" : record.Inner.front().Function);
+    return functions;
+}
+
 // Its tables are emptied before each test.
 class StorageTest : public HostTest {
 protected:

@@ -64,14 +64,6 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 
-// The functions whose guards reported.
-std::vector<std::wstring> Reporters() {
-    std::vector<std::wstring> functions;
-    for (const auto& record : Recorder::RecordsOf(L"ERROR"))
-        functions.push_back(record.Inner.empty() ? L"" : record.Inner.front().Function);
-    return functions;
-}
-
 class SymbolInside : public SymbolTest {
 protected:
     static void SetUpTestSuite() { HostTest::SetUpTestSuite(); }

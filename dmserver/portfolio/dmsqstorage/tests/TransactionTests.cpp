@@ -208,6 +208,37 @@ TEST_F(Transactions, OneBadRecordOfABatchLeavesNoneOfIt) {
     EXPECT_THAT(Dates(), ElementsAre(Row{L"02.01.2027"}));
 }
 
+TEST_F(Transactions, OneBadRecordOfASessionsDetailsLeavesNoneOfThemAndTheOldOnesAreGone) {
+    Sql(L"INSERT INTO SESSION_DETAILS VALUES(1,1,2,3,4,5,6,7)");
+    const auto table = NewTable();
+    EXPECT_EQ(S_OK, table->AddFieldById(IDM_dmudfcom::fieldSession, 0, 0, 0));
+    for (LONG column = 1; column < 8; ++column)
+        EXPECT_EQ(S_OK, table->AddNewField(CBstr(L"COLUMN" + Text(column)).Get(), 0, 0)); // as a text
+    for (const wchar_t* number : {L"10", L"ten"}) {
+        table->Append();
+        FieldOf(table, IDM_dmudfcom::fieldSession)->put_AsLong(1);
+        for (LONG column = 1; column < 8; ++column) {
+            CComPtr<IdmField> field;
+            table->get_Field(column, field.Put());
+            field->put_AsString(CBstr(number).Get());
+        }
+        table->Post();
+    }
+    table->First();
+    const auto details = [] { return Sql(L"SELECT SESSION,START_DAY FROM SESSION_DETAILS"); };
+    const auto storage = Create();
+    CBroadcastRecorder changes;
+    EXPECT_EQ(S_OK, storage->InsertSessionDetails(table.Get()));
+    EXPECT_THAT(Recorder::Asserts(), Contains(StartsWith(L"Open: ")));
+    EXPECT_THAT(changes.Take(), ElementsAre(Change(0x200, 0), Change(0x200, 0)));
+    EXPECT_THAT(details(), IsEmpty());
+    // Without the bad one they are stored.
+    table->Last();
+    table->Delete();
+    EXPECT_EQ(S_OK, storage->InsertSessionDetails(table.Get()));
+    EXPECT_THAT(details(), ElementsAre(Row{L"1", L"10"}));
+}
+
 TEST_F(Transactions, WithoutAKeyAnInsertAnswersFalseAndWritesNothing) {
     const wchar_t* const head = L"GENERATE_ID (STEP INTEGER) RETURNS (GENERATED_ID INTEGER)";
     const CRedefinition noKeys(Host(), Procedure(head, L"IF (1 = 0) THEN SUSPEND;").c_str(),
