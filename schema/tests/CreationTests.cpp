@@ -4,14 +4,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 namespace sqSchemaTest {
 namespace {
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
-using testing::HasSubstr;
 
 std::vector<std::string> ColumnsOf(CTestDatabase& database, const std::string& table) {
     return database.ResultTypes("SELECT * FROM " + table);
@@ -224,74 +221,6 @@ TEST_F(Creation, RefreshesTheStatisticsOfAllIndexes) {
     EXPECT_EQ("1", m_Database.Value(unknown));
     m_Database.Run(sqSchema::RefreshStatisticsStatement);
     EXPECT_EQ("0", m_Database.Value(unknown));
-}
-
-TEST(Upgrade, LeadsFromTheFirstVersionToTheCurrentOneWithoutGaps) {
-    std::int32_t version = 1;
-    for (const auto& step : sqSchema::UpgradeSteps()) {
-        EXPECT_EQ(version, step.From);
-        EXPECT_LT(step.From, step.To);
-        ASSERT_FALSE(step.Statements.empty()) << step.From;
-        EXPECT_THAT(step.Statements.back(), HasSubstr("SCHEMA_VERSION=" + std::to_string(step.To)));
-        version = step.To;
-    }
-    EXPECT_EQ(sqSchema::CurrentVersion, version);
-}
-
-// The definition of version 1, made of today's by taking back what changed since.
-class UpgradeFromOne : public testing::Test {
-protected:
-    UpgradeFromOne() {
-        for (const auto statement : sqSchema::CreateStatements())
-            m_Database.Run(AsInVersionOne(std::string(statement)));
-    }
-    static std::string AsInVersionOne(std::string statement) {
-        if (statement.starts_with("INSERT INTO SCHEMA_INFO"))
-            return "INSERT INTO SCHEMA_INFO (SCHEMA_VERSION) VALUES (1)";
-        if (statement.starts_with("CREATE PROCEDURE EFFECTIVE_TERMS")) {
-            const std::string handler =
-                "            WHEN EXCEPTION SESSION_NOT_PRESENTABLE DO\n                SESSIONS_STRING = NULL;\n";
-            const auto at = statement.find(handler);
-            EXPECT_NE(std::string::npos, at);
-            statement.erase(at, handler.size());
-        }
-        return statement;
-    }
-    // As UpgradeStorage runs them.
-    void RunSteps() {
-        for (const auto& step : sqSchema::UpgradeSteps()) {
-            CTestTransaction transaction(m_Database, EMode::ReadWrite);
-            for (const auto statement : step.Statements)
-                ASSERT_NO_THROW(transaction.Run(statement)) << statement;
-            transaction.End(EEnd::Commit);
-        }
-    }
-
-    CTestDatabase m_Database{CTestDatabase::EContent::Empty};
-};
-
-TEST_F(UpgradeFromOne, GivesTheCurrentVersionAndDefinition) {
-    CTestDatabase fresh;
-    const auto* const procedures =
-        "SELECT TRIM(P.RDB$PROCEDURE_NAME) AS NAME, HASH(CAST(P.RDB$PROCEDURE_SOURCE AS VARCHAR(8000))) AS SOURCE "
-        "FROM RDB$PROCEDURES P ORDER BY P.RDB$PROCEDURE_NAME";
-    EXPECT_NE(fresh.Read(procedures).Column("SOURCE"), m_Database.Read(procedures).Column("SOURCE"));
-    RunSteps();
-    EXPECT_EQ(std::to_string(sqSchema::CurrentVersion), m_Database.Value(sqSchema::SelectVersionStatement));
-    EXPECT_EQ(fresh.Read(procedures), m_Database.Read(procedures));
-    EXPECT_EQ(fresh.ResultTypes("SELECT * FROM GET_SYMBOL_INFO(1)"),
-              m_Database.ResultTypes("SELECT * FROM GET_SYMBOL_INFO(1)"));
-}
-
-TEST_F(UpgradeFromOne, DeliversASymbolWhoseSessionCannotBeWritten) {
-    m_Database.Run("INSERT INTO SESSIONS VALUES(200,0,'own',0)");
-    m_Database.Run("INSERT INTO SESSION_DETAILS VALUES(200,-1,0,0,0,0,0,0)");
-    m_Database.Run("INSERT INTO PORTFOLIO VALUES(1,'ESH15','ES','','',1,5,10,1,0,0,200,0,3,2015,0,2,9,"
-                   "'20.03.2015',0,4,'01.01.1900','21.03.2015')");
-    const auto* const symbol = "SELECT SYMBOL_NAME,SESSIONS_STRING FROM GET_SYMBOL_INFO(1)";
-    EXPECT_THROW(m_Database.Read(symbol), CDatabaseError);
-    RunSteps();
-    EXPECT_THAT(m_Database.Read(symbol).Rows, ElementsAre(ElementsAre("ESH15", std::nullopt)));
 }
 
 } // namespace
