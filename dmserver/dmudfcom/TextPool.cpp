@@ -141,35 +141,42 @@ CTextPool::Handle CTextPool::Add(std::string_view text, std::uint32_t cells) {
     return m_Last;
 }
 
+// What the dictionary needs of memory it takes before the text is stored: a text is in both or in neither.
 CTextPool::Handle CTextPool::Intern(std::string_view text, std::uint32_t cells) {
     m_Added += cells;
     if (m_Slots.empty()) {
         const auto found = std::ranges::find_if(m_Handles, [&](Handle handle) { return IsSame(At(handle), text); });
         if (found != m_Handles.end())
             return *found;
-        const Handle handle = Append(text);
-        m_Handles.reserve(DictionaryFrom);
-        m_Handles.push_back(handle);
-        if (++m_Distinct == DictionaryFrom) {
-            Rehash(FirstSlots);
-            std::ranges::for_each(m_Handles, [this](Handle each) { Insert(each); });
-            m_Handles = std::vector<Handle>();
+        if (m_Distinct + 1 < DictionaryFrom) {
+            m_Handles.reserve(DictionaryFrom);
+            m_Handles.push_back(Append(text));
+            ++m_Distinct;
+            return m_Handles.back();
         }
-        return handle;
+        BeginDictionary();
     }
-    const std::size_t slot = SlotOf(text);
+    std::size_t slot = SlotOf(text);
     if (m_Slots[slot] != 0)
         return m_Slots[slot];
+    if ((m_Distinct + 1) * 2 > m_Slots.size()) {
+        Rehash(m_Slots.size() * 2);
+        slot = SlotOf(text);
+    }
     const Handle handle = Append(text);
     m_Slots[slot] = handle;
     ++m_Distinct;
     if (!IsDictionaryWorthIt()) {
         m_IsInterning = false;
         m_Slots = std::vector<Handle>(); // {} would keep the memory
-    } else if (m_Distinct * 2 > m_Slots.size()) {
-        Rehash(m_Slots.size() * 2);
     }
     return handle;
+}
+
+void CTextPool::BeginDictionary() {
+    Rehash(FirstSlots);
+    std::ranges::for_each(m_Handles, [this](Handle each) { Insert(each); });
+    m_Handles = std::vector<Handle>();
 }
 
 // Most columns are clear cases: a name is another one in each row, an exchange one of a few.

@@ -58,6 +58,7 @@ private:
     char* Room(std::size_t size, std::unique_ptr<char[]>& retired);
     std::unique_ptr<char[]> GrowFirstBlock(std::size_t needed);
     Handle Intern(std::string_view text, std::uint32_t cells);
+    void BeginDictionary();
     void Insert(Handle handle);
     void Rehash(std::size_t slots);
     // Where the text is, or where it would go.

@@ -3,6 +3,7 @@
 #include "platform/tests/heap/HeapProbe.h"
 
 #include <algorithm>
+#include <new>
 
 namespace dmudfcom_tests {
 
@@ -135,6 +136,63 @@ TEST_F(ShortMemory, TextsThatCouldNotBePackedArePackedWhenTheTableGrows) {
             ASSERT_EQ(m_Rows->Text(row, 0, scratch), LongText(row < 200 ? row + 7000 : row)) << row;
         }
     }
+}
+
+// Short texts written over one another in one cell, where only their dictionary needs memory.
+class ShortDictionary : public ShortMemory {
+protected:
+    void SetUp() override {
+        AddField(L"A", EColumnType::Text);
+        m_Rows->AppendRow();
+        m_Rows->PutText(0, std::string(10000, 'x')); // makes room for the short ones
+    }
+    void Put(LONG number) { m_Rows->SetText(0, 0, std::to_string(number)); }
+    void ExpectRefused(LONG number) {
+        const std::string text = std::to_string(number);
+        bool isRefused = false;
+        try {
+            t_Left = 0;
+            const HeapProbe::CJudged judged(Allows);
+            m_Rows->SetText(0, 0, text);
+        } catch (const std::bad_alloc&) {
+            isRefused = true;
+        }
+        EXPECT_TRUE(isRefused) << number;
+    }
+    std::string Text() const {
+        std::string scratch;
+        return std::string(m_Rows->Text(0, 0, scratch));
+    }
+};
+
+TEST_F(ShortDictionary, IsBegunLaterWhenThereWasNoMemoryForIt) {
+    for (LONG number = 0; number < 14; ++number)
+        Put(number);
+    for (LONG number = 100; number < 200; ++number)
+        ExpectRefused(number);
+    EXPECT_EQ(Text(), "13");
+    const std::size_t before = HeapProbe::Allocations();
+    for (LONG number = 14; number < 100; ++number)
+        Put(number);
+    EXPECT_EQ(HeapProbe::Allocations(), before + 1);
+    EXPECT_EQ(Text(), "99");
+}
+
+TEST_F(ShortDictionary, NeverFillsUpWhenThereIsNoMemoryForALargerOne) {
+    for (LONG number = 0; number < 127; ++number) {
+        Put(number % 20); // or they would look like distinct ones
+        Put(number);
+    }
+    const std::size_t before = m_Rows->MemoryUse();
+    for (LONG number = 1000; number < 2000; ++number)
+        ExpectRefused(number);
+    EXPECT_EQ(m_Rows->MemoryUse(), before);
+    EXPECT_EQ(Text(), "126");
+    for (int round = 0; round < 100; ++round)
+        for (LONG number = 1000; number < 1100; ++number)
+            Put(number);
+    EXPECT_EQ(Text(), "1099");
+    EXPECT_EQ(m_Rows->MemoryUse(), before + 1024);
 }
 
 } // namespace
