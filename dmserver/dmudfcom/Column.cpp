@@ -15,7 +15,6 @@ namespace {
 
 constexpr Row FirstRoom = 4;
 constexpr std::size_t CompactFrom = 65536; // bytes of texts worth packing
-constexpr Row KeptRoom = 64;               // rows that a cleared column keeps room for
 
 BYTE WidthOf(EColumnType type) {
     switch (type) {
@@ -479,7 +478,6 @@ void CColumn::Truncate(Row size) noexcept {
     CompactIfWorthIt();
 }
 
-// A table that is filled again and again with a few rows takes its memory once.
 void CColumn::Clear() {
     if (m_Capacity > KeptRoom) {
         m_Chunks = std::vector<tagChunk>();

@@ -21,6 +21,16 @@ namespace IDM_dmudfcom {
 
 using Row = ULONG;
 inline constexpr Row NoRow = ~Row{0};
+inline constexpr Row KeptRoom = 64; // rows that a cleared table keeps room for
+
+// A table that is filled again and again with a few rows takes its memory once.
+template <class T>
+void ClearRows(std::vector<T>& rows) {
+    if (rows.capacity() > KeptRoom)
+        rows = std::vector<T>();
+    else
+        rows.clear();
+}
 
 class CColumn {
 public:

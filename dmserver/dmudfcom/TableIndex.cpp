@@ -59,8 +59,8 @@ void CTableIndex::TakeOut(Row row) {
 }
 
 void CTableIndex::Clear() {
-    m_Rows = {};
-    m_Moved = {};
+    ClearRows(m_Rows);
+    ClearRows(m_Moved);
 }
 
 Row CTableIndex::RowAt(ULONG position) {

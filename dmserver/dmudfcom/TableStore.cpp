@@ -146,9 +146,9 @@ void CTableStore::Clear() {
 void CTableStore::ForgetRows() {
     for (CColumn& column : m_Columns)
         column.Clear();
-    m_Order = {};
-    m_Free = {};
-    m_Serials = {};
+    ClearRows(m_Order);
+    ClearRows(m_Free);
+    ClearRows(m_Serials);
     m_IsOrdered = false;
     m_Rows = 0;
     m_Count = 0;

@@ -725,6 +725,24 @@ TEST_F(TableTest, ATableClearedOfManyRowsGivesTheirMemoryBack) {
     EXPECT_LT(m_Rows->MemoryUse(), 4096U);
 }
 
+TEST_F(TableTest, ATableClearedGivesTheMemoryOfItsOrderAndIndexesBack) {
+    AddField(L"A", EColumnType::Long);
+    ASSERT_EQ(m_Table->CreateIndex(CBstr(L"A").Get(), 1), S_OK);
+    for (ULONG row = 0; row < 3000; ++row) {
+        m_Rows->AppendRow();
+        m_Rows->PutInteger(0, row);
+    }
+    m_Table->First();
+    for (ULONG row = 0; row < 200; ++row)
+        ASSERT_EQ(m_Table->Delete(), S_OK);
+    m_Rows->AppendRow(); // in a deleted one's place, from where on rows have serials
+    ASSERT_EQ(m_Table->SetIndex(1), S_OK);
+    m_Table->First();
+    ASSERT_GT(m_Rows->MemoryUse(), 3000U * (4 + 4 + 4 + 8));
+    m_Table->Clear();
+    EXPECT_LT(m_Rows->MemoryUse(), 4096U);
+}
+
 TEST_F(TableTest, AColumnNeverWrittenCostsNothingPerRow) {
     AddField(L"A", EColumnType::Long);
     AddField(L"EMPTY", EColumnType::Double);
