@@ -1,8 +1,10 @@
 #include "platform/tests/heap/HeapProbe.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <new>
 
 namespace {
@@ -15,6 +17,8 @@ thread_local HeapProbe::Judge t_Judge = nullptr;
 
 void* TryTake(std::size_t size) noexcept {
     if (t_Judge && !t_Judge(size))
+        return nullptr;
+    if (size > std::numeric_limits<std::size_t>::max() - HeaderSize)
         return nullptr;
     void* const block = std::malloc(size + HeaderSize);
     if (!block)

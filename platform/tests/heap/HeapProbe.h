@@ -1,7 +1,8 @@
 #pragma once
 // What a test program takes through new: counted, and refused on demand. A program that links
 // sqstorage::platform_test_heap has every allocation function replaced, so that whatever one of them gives another
-// takes back, under a sanitizer too.
+// takes back, under a sanitizer too. Only those for types aligned more strictly than any plain one are the
+// library's own, both ways, and are neither counted nor refused.
 
 #include <cstddef>
 
