@@ -264,11 +264,12 @@ private:
     // By the root of the name, or else by this root. Empty when the dictionary has neither.
     std::wstring GetDescriptionByRoot(const wchar_t* SymbolName, const wchar_t* SymbolRoot,
                                       const wchar_t* DataFeedName) const;
+    // What a lookup by text begins with: a table for its rows. Null when none can be made, which is reported.
+    static CComPtr<IdmTable> NewLookup(const BugSlayerUtil::CScope& scope);
     // The first field of the first row, or 0. More rows than one are traced as a warning.
-    LONG FindKey(const BugSlayerUtil::CScope& scope, const wchar_t* sql, const wchar_t* text, const wchar_t* tag);
-    // The same as the table that stands on that row; null without one.
-    CComPtr<IdmTable> FindRow(const BugSlayerUtil::CScope& scope, const wchar_t* sql, const wchar_t* text,
-                              const wchar_t* tag);
+    LONG FindKey(IdmTable& Table, const wchar_t* sql, const wchar_t* text, const wchar_t* tag);
+    // The same, leaving the table on that row; false without one.
+    bool FindRow(IdmTable& Table, const wchar_t* sql, const wchar_t* text, const wchar_t* tag);
     // Leaves the table behind its last record.
     void dumpWarning(IdmTable* Table, const wchar_t* Text, const std::wstring& Tag) const;
     // Empty when there is no such exchange, or when it cannot be read.

@@ -88,10 +88,13 @@ void CStorage::UpdateDataFeed(LONG Datafeed, const wchar_t* DataFeedName, const 
 LONG CStorage::SelectDataFeed(const wchar_t* DataFeedName) {
     const BugSlayerUtil::CScope scope(this);
     return scope.Guard(
-        [&] {
+        [&]() -> LONG {
+            const auto table = NewLookup(scope);
+            if (!table)
+                return 0;
             const CStatement<128> sql(L"SELECT DATA_FEED FROM DATA_FEEDS WHERE DATA_FEED_NAME='%s' AND DELETED=0",
                                       DataFeedName);
-            return FindKey(scope, sql.Text(), DataFeedName, L"SelectDataFeed");
+            return FindKey(*table, sql.Text(), DataFeedName, L"SelectDataFeed");
         },
         LONG{0});
 }

@@ -132,10 +132,13 @@ int CStorage::DeleteExchange(LONG Exchange) {
 LONG CStorage::SelectExchange(const wchar_t* ExchangeName) {
     const BugSlayerUtil::CScope scope(this);
     return scope.Guard(
-        [&] {
+        [&]() -> LONG {
+            const auto table = NewLookup(scope);
+            if (!table)
+                return 0;
             const CQuoted name(ExchangeName);
             const CStatement<128> sql(L"SELECT EXCHANGE FROM EXCHANGES WHERE EXCHANGE_NAME='%s'", name.Text());
-            return FindKey(scope, sql.Text(), name.Text(), L"SelectExchange");
+            return FindKey(*table, sql.Text(), name.Text(), L"SelectExchange");
         },
         LONG{0});
 }

@@ -11,28 +11,28 @@ void CStorage::dumpWarning(IdmTable* Table, const wchar_t* Text, const std::wstr
     ForEachRecord(*Table, [&] { scope.Trace(L"[WARNING]  ID = %d", FirstFieldAsLong(*Table)); });
 }
 
-LONG CStorage::FindKey(const BugSlayerUtil::CScope& scope, const wchar_t* sql, const wchar_t* text,
-                       const wchar_t* tag) {
-    const auto row = FindRow(scope, sql, text, tag);
-    return row ? FirstFieldAsLong(*row) : 0;
+CComPtr<IdmTable> CStorage::NewLookup(const BugSlayerUtil::CScope& scope) {
+    CComPtr<IdmTable> table;
+    scope.Check(platform::CreateInstance(IDM_dmudfcom::CLSID_dmTable, table), L"IdmTable");
+    return table;
 }
 
-CComPtr<IdmTable> CStorage::FindRow(const BugSlayerUtil::CScope& scope, const wchar_t* sql, const wchar_t* text,
-                                    const wchar_t* tag) {
-    CComPtr<IdmTable> table;
-    if (!scope.Check(platform::CreateInstance(IDM_dmudfcom::CLSID_dmTable, table), L"IdmTable"))
-        return {};
-    Execute(sql, nullptr, table.Get());
+LONG CStorage::FindKey(IdmTable& Table, const wchar_t* sql, const wchar_t* text, const wchar_t* tag) {
+    return FindRow(Table, sql, text, tag) ? FirstFieldAsLong(Table) : 0;
+}
+
+bool CStorage::FindRow(IdmTable& Table, const wchar_t* sql, const wchar_t* text, const wchar_t* tag) {
+    Execute(sql, nullptr, &Table);
     LONG count = 0;
-    table->First();
-    table->get_RecordCount(&count);
+    Table.First();
+    Table.get_RecordCount(&count);
     // Rows that share a name are a damaged catalogue, and the first one is as good as any.
     if (count > 1)
-        dumpWarning(table.Get(), text, tag);
+        dumpWarning(&Table, text, tag);
     if (count < 1)
-        return {};
-    table->First();
-    return table;
+        return false;
+    Table.First();
+    return true;
 }
 
 } // namespace sqStorage

@@ -16,13 +16,16 @@ LONG CStorage::SelectSymbol(LONG Datafeed, const wchar_t* SymbolName, LONG Categ
                             LONG ExpirationDate, const wchar_t* /*StrikePrice*/, LONG /*CallPut*/) {
     const BugSlayerUtil::CScope scope(this);
     return scope.Guard(
-        [&] {
+        [&]() -> LONG {
+            const auto table = NewLookup(scope);
+            if (!table)
+                return 0;
             checkDate(ExpirationDate);
             // The name goes in as it is.
             const CLookupSql sql(L"SELECT SYMBOL FROM PORTFOLIO WHERE SYMBOL_NAME='%s' AND CATEGORY=%d AND "
                                  L"EXCHANGE=%d AND DATA_FEED=%d",
                                  SymbolName, Category, Exchange, Datafeed);
-            return FindKey(scope, sql.Text(), SymbolName, L"SelectSymbol");
+            return FindKey(*table, sql.Text(), SymbolName, L"SelectSymbol");
         },
         LONG{0});
 }
@@ -30,10 +33,13 @@ LONG CStorage::SelectSymbol(LONG Datafeed, const wchar_t* SymbolName, LONG Categ
 LONG CStorage::GetSymbolByName(LONG Datafeed, const wchar_t* SymbolName) {
     const BugSlayerUtil::CScope scope(this);
     return scope.Guard(
-        [&] {
+        [&]() -> LONG {
+            const auto table = NewLookup(scope);
+            if (!table)
+                return 0;
             const CLookupSql sql(L"SELECT SYMBOL FROM PORTFOLIO WHERE DATA_FEED=%d AND SYMBOL_NAME='%s'", Datafeed,
                                  CQuoted(SymbolName).Text());
-            return FindKey(scope, sql.Text(), SymbolName, L"GetSymbolByName");
+            return FindKey(*table, sql.Text(), SymbolName, L"GetSymbolByName");
         },
         LONG{0});
 }
@@ -42,16 +48,18 @@ LONG CStorage::GetSymbolByDescription(LONG Datafeed, const wchar_t* Description,
     const BugSlayerUtil::CScope scope(this);
     return scope.Guard(
         [&]() -> LONG {
+            const auto table = NewLookup(scope);
+            if (!table)
+                return 0;
             const CLookupSql sql(
                 L"SELECT SYMBOL,SYMBOL_NAME FROM PORTFOLIO WHERE DATA_FEED=%d AND DESCRIPTION='%s'", Datafeed,
                 CQuoted(Description).Text());
-            const auto row = FindRow(scope, sql.Text(), Description, L"GetSymbolByDescription");
-            if (!row)
+            if (!FindRow(*table, sql.Text(), Description, L"GetSymbolByDescription"))
                 return 0;
             CComPtr<IdmField> name;
-            if (SymbolName && SUCCEEDED(row->get_Field(1, name.Put())) && name)
+            if (SymbolName && SUCCEEDED(table->get_Field(1, name.Put())) && name)
                 name->get_AsString(SymbolName);
-            return FirstFieldAsLong(*row);
+            return FirstFieldAsLong(*table);
         },
         LONG{0});
 }

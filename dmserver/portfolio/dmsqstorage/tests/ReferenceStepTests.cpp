@@ -76,6 +76,23 @@ TEST_F(ReferenceSteps, ACurrencyThatCannotBeLookedUpIsNotSet) {
     EXPECT_THAT(Sql(L"SELECT ID FROM CURRENCY"), IsEmpty());
 }
 
+TEST_F(ReferenceSteps, ALookupWithoutATableStopsBeforeItsStatementIsMade) {
+    sqStorage::CStorage& storage = Storage();
+    const std::wstring endless(3000, L'x'); // no statement holds it
+    const wchar_t* const text = endless.c_str();
+    for (const auto& lookup : {std::function([&] { return storage.SelectDataFeed(text); }),
+                               std::function([&] { return storage.SelectExchange(text); }),
+                               std::function([&] { return storage.SelectSymbol(7, text, 1, 5, 0, L"", 0); }),
+                               std::function([&] { return storage.GetSymbolByName(7, text); }),
+                               std::function([&] { return storage.GetSymbolByDescription(7, text, nullptr); })}) {
+        Recorder::Clear();
+        const CRefusedClass refused(IDM_dmudfcom::CLSID_dmTable, E_OUTOFMEMORY);
+        EXPECT_EQ(0, lookup());
+        EXPECT_THAT(Recorder::Asserts(), ElementsAre(L"IdmTable"));
+        EXPECT_THAT(Recorder::Errors(), IsEmpty());
+    }
+}
+
 // --- Arguments that are missing
 
 TEST_F(ReferenceSteps, ASelectWithoutARequestOrATableReportsThatAloneAndAsksNothing) {
