@@ -49,9 +49,13 @@ public:
                 dates[date->Calendar].push_back(date->Date);
         return dates;
     }
-    [[nodiscard]] std::size_t LineOf(const std::string& calendar) const {
-        const auto first = m_Lines.lower_bound(tagNamedDate{calendar, {}});
-        return first == m_Lines.end() ? 1 : first->second;
+    // Of all rows of the calendar, at that of its first date.
+    void Tell(const std::string& calendar, std::string problem) const {
+        std::vector<std::size_t> lines;
+        for (auto date = m_Lines.lower_bound({calendar, {}});
+             date != m_Lines.end() && date->first.Calendar == calendar; ++date)
+            lines.push_back(date->second);
+        m_File.Problems.push_back({lines.front(), std::move(problem), lines});
     }
 
 private:
@@ -142,8 +146,8 @@ std::optional<std::string> ExportProblem(const tagListedDate& date) {
         return fmt::format("A date of the calendar with the key {} is left out, because there is no such calendar.",
                            date.Key);
     if (NameProblem(Rules[RuleName].Name, date.Calendar))
-        return fmt::format("A date of the calendar with the key {} is left out, because the calendar is.",
-                           date.Key);
+        return fmt::format(
+            "A date of the calendar with the key {} is left out, because the calendar is left out, too.", date.Key);
     if (!date.Date.Start || *date.Date.Start < FirstDay || *date.Date.Start > LastDay)
         return fmt::format("A date of the calendar \"{}\" is left out, because it has no day within the store's "
                            "calendar.",
@@ -215,10 +219,8 @@ public:
                     ReplaceHolidayDates(run.Store, keys.KeyOf(calendar), merge.Dates, before);
                 counts += merge.Counts;
             } catch (const CStoreRefusal& refusal) {
-                file.Problems.push_back(
-                    {test.LineOf(calendar),
-                     fmt::format("the store refused the dates of \"{}\". {}", calendar, refusal.what()),
-                     dates.size()});
+                test.Tell(calendar,
+                          fmt::format("the store refused the dates of \"{}\". {}", calendar, refusal.what()));
             }
             progress.Advance(dates.size());
         }

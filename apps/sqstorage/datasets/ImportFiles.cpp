@@ -83,10 +83,10 @@ tagImportCounts ImportFile(const tagImportSource& source, tagImportRun& run) {
     } catch (const CStoreRefusal& refusal) {
         // What a file is compared with is read before the first row is written; other files may be luckier.
         isRead = false;
-        problems.push_back({1, fmt::format("the store could not be read. {}", refusal.what()), table.RowCount()});
+        problems.push_back({1, fmt::format("the store could not be read. {}", refusal.what()), {}, true});
     }
     counts.Rows = table.RowCount();
-    counts.Refused = std::min(CountRefusedRows(problems), counts.Rows);
+    counts.Refused = CountRefusedRows(problems, counts.Rows);
     counts.Problems = problems.size();
     TellProblems(file, problems, run.Console);
     if (isRead && !problems.empty() && counts.Written() == 0)

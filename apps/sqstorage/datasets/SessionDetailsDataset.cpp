@@ -57,11 +57,15 @@ public:
         for (auto& [session, details] : timetables) {
             std::ranges::sort(details);
             if (const auto problem = WeekProblem(details))
-                m_File.Problems.push_back({LineOf(session), *problem, details.size()});
+                Tell(session, *problem);
         }
         return timetables;
     }
-    [[nodiscard]] std::size_t LineOf(const std::string& session) const { return m_FirstLines.at(session); }
+    // Of all rows of the session.
+    void Tell(const std::string& session, std::string problem) const {
+        const std::vector<std::size_t>& lines = m_SessionLines.at(session);
+        m_File.Problems.push_back({lines.front(), std::move(problem), lines});
+    }
 
 private:
     const std::string& FirstName(const tagCsvRecord& row) {
@@ -72,7 +76,7 @@ private:
 
     std::optional<tagSessionDetail> Test(const tagCsvRecord& row) {
         const std::string& session = FirstName(row);
-        m_FirstLines.emplace(session, row.Line);
+        m_SessionLines[session].push_back(row.Line);
         std::vector<std::string> reasons;
         if (auto problem = m_Keys.Problem(m_Run, session))
             reasons.push_back(std::move(*problem));
@@ -93,7 +97,7 @@ private:
     const tagImportFile& m_File;
     const CNameKeys& m_Keys;
     std::map<std::string, std::string> m_FirstNames; // by the session's id
-    std::map<std::string, std::size_t> m_FirstLines;
+    std::map<std::string, std::vector<std::size_t>> m_SessionLines;
     std::map<std::pair<std::string, tagSessionDetail>, std::size_t> m_Lines;
 };
 
@@ -163,9 +167,9 @@ public:
         for (const tagNamedSession& session : NameSessions(store)) {
             if (!IsExported(session.Session)) {
                 if (all.erase(session.Key) != 0)
-                    console.Warn(
-                        fmt::format("The details of the session \"{}\" are left out, because the session is.",
-                                    session.Session.Name));
+                    console.Warn(fmt::format(
+                        "The details of the session \"{}\" are left out, because the session is left out, too.",
+                        session.Session.Name));
                 continue;
             }
             for (const tagSessionDetail& detail : Importable(session, all[session.Key], console)) {
@@ -204,10 +208,8 @@ public:
             try {
                 BringIn(run, key, there[key], details, counts);
             } catch (const CStoreRefusal& refusal) {
-                file.Problems.push_back(
-                    {test.LineOf(session),
-                     fmt::format("the store refused the details of \"{}\". {}", session, refusal.what()),
-                     details.size()});
+                test.Tell(session,
+                          fmt::format("the store refused the details of \"{}\". {}", session, refusal.what()));
             }
             progress.Advance(details.size());
         }

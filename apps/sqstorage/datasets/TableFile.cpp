@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 #include <iterator>
-#include <map>
+#include <set>
 
 namespace sqCli {
 
@@ -20,16 +20,15 @@ std::string Listed(std::span<const tagColumnRule> rules) {
 
 } // namespace
 
-std::size_t CountRefusedRows(std::span<const tagRowProblem> problems) {
-    std::map<std::size_t, std::size_t> rows; // by line
+std::size_t CountRefusedRows(std::span<const tagRowProblem> problems, std::size_t rows) {
+    std::set<std::size_t> lines;
     for (const tagRowProblem& problem : problems) {
-        std::size_t& count = rows[problem.Line];
-        count = std::max(count, problem.Rows);
+        if (problem.IsOfAll)
+            return rows;
+        lines.insert(problem.Line);
+        lines.insert(problem.OtherLines.begin(), problem.OtherLines.end());
     }
-    std::size_t all = 0;
-    for (const auto& [line, count] : rows)
-        all += count;
-    return all;
+    return lines.size();
 }
 
 CTableFile::CTableFile(const std::filesystem::path& path, std::span<const tagColumnRule> rules,
@@ -40,7 +39,7 @@ CTableFile::CTableFile(const std::filesystem::path& path, std::span<const tagCol
         m_RowCount = records.empty() ? 0 : records.size() - 1;
         if (records.empty()) {
             problems.push_back(
-                {1, fmt::format("the file is empty: begin it with the header {}", Listed(rules)), 0});
+                {1, fmt::format("the file is empty: begin it with the header {}", Listed(rules)), {}, true});
             return;
         }
         const std::size_t before = problems.size();
@@ -48,7 +47,7 @@ CTableFile::CTableFile(const std::filesystem::path& path, std::span<const tagCol
         if (problems.size() == before)
             TakeRows(std::move(records), problems);
     } catch (const CCsvError& error) {
-        problems.push_back({error.Line(), error.what(), 0});
+        problems.push_back({error.Line(), error.what(), {}, true});
     }
 }
 
@@ -62,10 +61,11 @@ void CTableFile::TakeHeader(const tagCsvRecord& header, std::span<const tagColum
             problems.push_back({header.Line,
                                 fmt::format("the header has an unknown column \"{}\": the columns are {}",
                                             header.Fields[place], Listed(rules)),
-                                m_RowCount});
+                                {},
+                                true});
         else if (auto& known = m_Places[static_cast<std::size_t>(rule - rules.begin())]; known != Absent)
             problems.push_back(
-                {header.Line, fmt::format("the header names {} twice: remove one", rule->Name), m_RowCount});
+                {header.Line, fmt::format("the header names {} twice: remove one", rule->Name), {}, true});
         else
             known = place;
     }
@@ -74,7 +74,8 @@ void CTableFile::TakeHeader(const tagCsvRecord& header, std::span<const tagColum
             problems.push_back(
                 {header.Line,
                  fmt::format("the header lacks the column {}: the columns are {}", rules[rule].Name, Listed(rules)),
-                 m_RowCount});
+                 {},
+                 true});
 }
 
 void CTableFile::TakeRows(std::vector<tagCsvRecord>&& records, std::vector<tagRowProblem>& problems) {

@@ -20,11 +20,13 @@ struct tagColumnRule {
 struct tagRowProblem {
     std::size_t Line;
     std::string Reason;
-    std::size_t Rows = 1; // that are refused for it
+    std::vector<std::size_t> OtherLines = {}; // whose rows are refused for it with that line's
+    bool IsOfAll = false;                     // all rows of the file are
 };
 
-// Several problems of one line are those of the same rows.
-[[nodiscard]] std::size_t CountRefusedRows(std::span<const tagRowProblem> problems);
+// A row is refused once, however many problems are its own or those of rows that it belongs with. `rows` are those
+// of the file.
+[[nodiscard]] std::size_t CountRefusedRows(std::span<const tagRowProblem> problems, std::size_t rows);
 
 class CTableFile {
 public:

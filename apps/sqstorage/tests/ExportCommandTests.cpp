@@ -159,9 +159,11 @@ TEST_F(ExportCommand, WhatExchangesAndSessionsLackIsWarnedOf) {
         "the exchange.\n"
         "warning: The exchange with the key 101 is left out, because another exchange is called \"LSE\", too: "
         "rename one of them.\n"
-        "warning: 2 symbol(s) of the exchange \"CME\" with the key 87 are left out, because the exchange is: "
+        "warning: 2 symbol(s) of the exchange \"CME\" with the key 87 are left out, because the exchange is left "
+        "out, too: "
         "correct it as its own warning says.\n"
-        "warning: 5 symbol(s) of the feed \"Simulation\" with the key 55 are left out, because the feed is: "
+        "warning: 5 symbol(s) of the feed \"Simulation\" with the key 55 are left out, because the feed is left "
+        "out, too: "
         "correct it as its own warning says.\n");
     EXPECT_THAT(Read(Folder() / "out/exchanges.csv"),
                 testing::HasSubstr("\nASX,\"Australian Securities Exchange, equities\",,ASX,"));
@@ -192,9 +194,9 @@ TEST_F(ExportCommand, WhatRefersToARowThatIsLeftOutIsLeftOut) {
     const tagEnd end = Run({"export", (Folder() / "out").string()});
     EXPECT_EQ(end.Status, 0);
     for (const char* warning :
-         {" is left out, because the calendar is.\n",
+         {" is left out, because the calendar is left out, too.\n",
           " is left out, because SESSION_TYPE is \"77\": give a whole number from 0 to 3.\n",
-          "warning: The details of the session \"ASX\" are left out, because the session is.\n",
+          "warning: The details of the session \"ASX\" are left out, because the session is left out, too.\n",
           " is left out, because its session, \"ASX\", is left out.\n",
           "warning: The symbol \"ZCZ26\" with the key "})
         EXPECT_THAT(end.Errors, testing::HasSubstr(warning));

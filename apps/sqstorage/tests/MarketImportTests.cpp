@@ -265,6 +265,16 @@ TEST_F(MarketImport, ATimetableThatHostsCannotReadCountsAllItsRows) {
               Summary("session_details.csv", "41,0,0,0,0,40"));
 }
 
+TEST_F(MarketImport, ARowWithAProblemOfItsOwnCountsOnceWithItsTimetable) {
+    ASSERT_EQ(Import("sessions.csv", SessionHeader + "S,1,2\nT,1,2\n").Status, 0);
+    std::string rows = "T,Mon,09:00,Mon,17:00\n";
+    for (int minute = 10; minute < 50; ++minute)
+        rows += "S,Mon,09:" + std::to_string(minute) + ",Mon,09:59\n";
+    const tagEnd end = Import("session_details.csv", DetailHeader + rows + "S,Mon,09:49,Mon,09:59\n");
+    EXPECT_EQ(end.Output, Summary("session_details.csv", "42,0,0,0,0,41"));
+    EXPECT_THAT(end.Errors, HasSubstr(":43: the row says the same as line 42: remove one of them."));
+}
+
 TEST_F(MarketImport, ARefusedTimetableCountsAllItsRows) {
     ASSERT_EQ(Import("sessions.csv", SessionHeader + "S,1,2\nT,1,2\n").Status, 0);
     CHeldDatabase(Database()).Run(L"ALTER TABLE SESSION_DETAILS ADD CONSTRAINT NO_FRIDAY CHECK (START_DAY<>5)");

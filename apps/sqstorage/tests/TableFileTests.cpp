@@ -47,10 +47,12 @@ TEST_F(TableFile, AnOptionalColumnMayBeMissingAndReadsEmpty) {
 }
 
 TEST_F(TableFile, ALineCountsTheRowsThatAreRefusedForItOnce) {
-    const std::vector<tagRowProblem> problems{
-        {2, "a"}, {4, "b"}, {2, "c"}, {7, "the five from there on", 5}, {7, "d"}};
-    EXPECT_EQ(sqCli::CountRefusedRows(problems), 7u);
-    EXPECT_EQ(sqCli::CountRefusedRows({}), 0u);
+    std::vector<tagRowProblem> problems{{2, "a"}, {4, "b"}, {2, "c"}, {7, "these and two others", {7, 9, 12}},
+                                        {7, "d"}, {9, "e"}};
+    EXPECT_EQ(sqCli::CountRefusedRows(problems, 20), 5u);
+    EXPECT_EQ(sqCli::CountRefusedRows({}, 20), 0u);
+    problems.push_back({1, "the file", {}, true});
+    EXPECT_EQ(sqCli::CountRefusedRows(problems, 20), 20u);
 }
 
 TEST_F(TableFile, TheHeaderIsTested) {
