@@ -34,7 +34,7 @@ public:
             if (exchange != exchanges.begin() && exchange->Exchange.Name == std::prev(exchange)->Exchange.Name)
                 RefuseAll(*exchange, "another exchange has its name, too: rename one of them");
             else if (!m_Run.IsWritten("exchanges", exchange->Exchange.Name))
-                RefuseAll(*exchange, "the exchange is: correct it as its own warning says");
+                RefuseAll(*exchange, "the exchange is left out, too: correct it as its own warning says");
             else
                 Export(*exchange);
         }
@@ -62,7 +62,7 @@ private:
             m_Run.Console.Warn(
                 m_References.HasFeed(feed)
                     ? fmt::format("{} symbol(s) of the feed \"{}\" with the key {} are left out, because the feed "
-                                  "is: correct it as its own warning says.",
+                                  "is left out, too: correct it as its own warning says.",
                                   count, m_References.FeedName(feed), feed)
                     : fmt::format("{} symbol(s) of the feed with the key {} are left out, because the feed is "
                                   "deleted: import one of its CLSID to have it back.",

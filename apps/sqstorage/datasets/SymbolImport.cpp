@@ -75,7 +75,7 @@ private:
             if (symbol.Key != 0)
                 Tell(symbol.Line,
                      fmt::format("the store has \"{}\" twice in that category, feed and exchange, with "
-                                 "the keys {} and {}: delete one of them",
+                                 "the keys {} and {}: have a host delete one of them",
                                  symbol.Row.Symbol.Name, symbol.Key, symbols.Key(row)));
             symbol.Key = symbols.Key(row);
             symbol.Stored = symbols.At(row);

@@ -100,8 +100,9 @@ std::optional<std::string> CSymbolReferences::Gap(const tagExportRun& run, const
     if (!name)
         return gone("template session", symbol.TemplateSession);
     if (!run.IsWritten("sessions", *name))
-        return fmt::format("its template session, with the key {}, is: correct that as its own warning says",
-                           symbol.TemplateSession);
+        return fmt::format(
+            "its template session, with the key {}, is left out, too: correct that as its own warning says",
+            symbol.TemplateSession);
     return std::nullopt;
 }
 

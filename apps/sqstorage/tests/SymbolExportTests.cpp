@@ -261,18 +261,18 @@ TEST_F(SpoiltReferences, SymbolsOfARowThatIsLeftOutAreLeftOutWithAWarning) {
     EXPECT_EQ(end.Status, 0);
     const auto exchange = [&](const std::string& count, const std::string& name, const std::string& key) {
         return "warning: " + count + " symbol(s) of the exchange \"" + name + "\" with the key " + key +
-               " are left out, because the exchange is: correct it as its own warning says.\n";
+               " are left out, because the exchange is left out, too: correct it as its own warning says.\n";
     };
     const auto feed = [&](const std::string& count, const std::string& name, const std::string& key) {
         return "warning: " + count + " symbol(s) of the feed \"" + name + "\" with the key " + key +
-               " are left out, because the feed is: correct it as its own warning says.\n";
+               " are left out, because the feed is left out, too: correct it as its own warning says.\n";
     };
     const std::string expected =
         exchange("1", "Calendar", Exchange(L"Calendar")) + "warning: The symbol \"i\" with the key " +
         KeyOf(L"SELECT SYMBOL FROM PORTFOLIO WHERE SYMBOL_NAME='i'") +
         " is left out, because its template session, with the key " +
         KeyOf(L"SELECT SESSION FROM SESSIONS WHERE SESSION_NAME='U'") +
-        ", is: correct that as its own warning says.\n" + exchange("2", "Map", Exchange(L"Map")) +
+        ", is left out, too: correct that as its own warning says.\n" + exchange("2", "Map", Exchange(L"Map")) +
         exchange("1", "Prices", Exchange(L"Prices")) + exchange("1", "Session", Exchange(L"Session")) +
         exchange("2", "Zone", Exchange(L"Zone")) +
         feed("2", "K", KeyOf(L"SELECT DATA_FEED FROM DATA_FEEDS WHERE CLSID='{l}'")) +

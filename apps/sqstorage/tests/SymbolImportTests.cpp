@@ -182,7 +182,8 @@ TEST_F(SymbolImport, ASymbolThatTheStoreHasTwiceIsToldWithItsKeys) {
     CHeldDatabase(Database()).Run(L"UPDATE PORTFOLIO SET SYMBOL_NAME='A'");
     ExpectProblem("symbols.csv", Head() + "A,0,F,E\n",
                   "2: the store has \"A\" twice in that category, feed and exchange, with the keys " +
-                      std::to_string(first) + " and " + std::to_string(first + 1) + ": delete one of them");
+                      std::to_string(first) + " and " + std::to_string(first + 1) +
+                      ": have a host delete one of them");
 }
 
 TEST_F(SymbolImport, ADescriptionAsLongAsItsColumnIsKeptWhole) {
