@@ -10,36 +10,29 @@ using testing::HasSubstr;
 class ClosedOutput : public Sandbox {
 protected:
     void SetUp() override { Create(); }
-
-    // Goes on when nobody reads its output any more.
-    tagEnd Unread(const std::vector<std::string>& arguments) {
-        const auto program = Start(arguments);
-        program->CloseOutput();
-        return program->Wait();
-    }
 };
 
 TEST_F(ClosedOutput, ACommandThatOnlyShowsSomethingEndsQuietlyAsDone) {
     ASSERT_EQ(Run({"import", ShippedData.string()}).Status, 0);
     for (const char* what : {"holiday_dates", "exchanges", "symbols"})
         for (const char* format : {"table", "csv", "json"}) {
-            const tagEnd end = Unread({"--format", format, "list", what});
+            const tagEnd end = RunUnread({"--format", format, "list", what});
             EXPECT_EQ(end.Status, 0) << what << " " << format;
             EXPECT_EQ(end.Errors, "") << what << " " << format;
         }
 }
 
 TEST_F(ClosedOutput, WhatTheStoreSaidStaysTheStatus) {
-    EXPECT_EQ(Unread({"list", "symbols", "--name", "Q"}).Status, 1);
+    EXPECT_EQ(RunUnread({"list", "symbols", "--name", "Q"}).Status, 1);
     const auto file = Write("holiday_dates.csv", "HOLIDAY_NAME,HOLIDAY_START_DATE\nX,2027-01-01\n");
-    EXPECT_EQ(Unread({"import", file.string()}).Status, 4);
+    EXPECT_EQ(RunUnread({"import", file.string()}).Status, 4);
 }
 
 TEST_F(ClosedOutput, AnImportGoesOnToItsEnd) {
     for (const char* watch : {"--watch", "--update"}) {
         const auto file = Write(std::string(watch) + "/holidays.csv",
                                 std::string("HOLIDAY_NAME\nA") + watch + "\nB" + watch + "\n");
-        const tagEnd end = Unread({"import", file.string(), watch});
+        const tagEnd end = RunUnread({"import", file.string(), watch});
         EXPECT_EQ(end.Status, 0) << end.Errors;
         EXPECT_EQ(end.Errors, "");
         EXPECT_THAT(Run({"list", "holidays"}).Output, HasSubstr(std::string("B") + watch));

@@ -165,6 +165,17 @@ tagEnd RunProgramInto(const std::filesystem::path& output, const std::filesystem
     return {status, {}, platform::ReadFile(errors)};
 }
 
+tagEnd RunProgramUnread(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                        const Environment& environment, const std::filesystem::path& folder) {
+    const auto errors = folder / "stderr";
+    CStreams streams;
+    streams.Open(STDIN_FILENO, "/dev/null", O_RDONLY);
+    close(streams.OpenPipe(STDOUT_FILENO));
+    streams.Open(STDERR_FILENO, errors, O_WRONLY | O_CREAT | O_TRUNC);
+    const int status = Wait(Start(program, arguments, environment, streams));
+    return {status, {}, platform::ReadFile(errors)};
+}
+
 tagEnd RunInTerminal(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                      const Environment& environment) {
     const CTerminal terminal;

@@ -27,6 +27,10 @@ tagEnd RunProgramInto(const std::filesystem::path& output, const std::filesystem
                       const std::vector<std::string>& arguments, const Environment& environment,
                       const std::filesystem::path& folder);
 
+// Nobody reads the standard output, from the start on.
+tagEnd RunProgramUnread(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                        const Environment& environment, const std::filesystem::path& folder);
+
 // With both streams on a terminal of its own; everything is in Output.
 tagEnd RunInTerminal(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                      const Environment& environment);

@@ -106,6 +106,10 @@ tagEnd Sandbox::RunWithoutOutput(const std::vector<std::string>& arguments) {
     return RunProgram("/bin/sh", line, MakeEnvironment(), Folder());
 }
 
+tagEnd Sandbox::RunUnread(const std::vector<std::string>& arguments) {
+    return RunProgramUnread(SQ_PROGRAM, WithRegistry(arguments), MakeEnvironment(), Folder());
+}
+
 std::unique_ptr<CRunningProgram> Sandbox::Start(const std::vector<std::string>& arguments) {
     return std::make_unique<CRunningProgram>(SQ_PROGRAM, WithRegistry(arguments), MakeEnvironment());
 }

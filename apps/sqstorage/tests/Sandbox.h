@@ -46,6 +46,8 @@ protected:
     tagEnd RunInto(const std::filesystem::path& output, const std::vector<std::string>& arguments);
     // Started without a standard output.
     tagEnd RunWithoutOutput(const std::vector<std::string>& arguments);
+    // Nobody reads its standard output.
+    tagEnd RunUnread(const std::vector<std::string>& arguments);
     std::unique_ptr<CRunningProgram> Start(const std::vector<std::string>& arguments);
     tagEnd RunOnTerminal(const std::vector<std::string>& arguments);
     // The arguments as they stand.
