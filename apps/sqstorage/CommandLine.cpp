@@ -3,6 +3,7 @@
 #include "Console.h"
 #include "ExitStatus.h"
 #include "commands/Command.h"
+#include "commands/CommandOptions.h"
 #include "platform/com/com_error.h"
 #include "platform/environment.h"
 #include "platform/file.h"
@@ -14,7 +15,7 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <map>
+#include <string_view>
 
 namespace sqCli {
 
@@ -65,19 +66,21 @@ Status:
 
 struct tagGlobalOptions {
     std::string Registry;
-    EFormat Format = EFormat::Table;
+    std::string Format = "table";
     bool Quiet = false;
 };
 
 void AddGlobalOptions(CLI::App& program, tagGlobalOptions& options) {
-    static const std::map<std::string, EFormat> formats{
-        {"table", EFormat::Table}, {"csv", EFormat::Csv}, {"json", EFormat::Json}};
     program.add_option("--registry", options.Registry, "Where the registry files are")->type_name("DIR");
-    program.add_option("--format", options.Format, "How results are written. Default: table")
-        ->type_name("table|csv|json")
-        ->transform(CLI::CheckedTransformer(formats).description(""));
+    AddChoice(program, "--format", options.Format, "table|csv|json", "How results are written. Default: table");
     program.add_flag("--quiet", options.Quiet, "Only results, warnings and errors: no notes and no progress");
     program.set_version_flag("--version", "sqstorage " SQ_VERSION);
+}
+
+EFormat FormatOf(std::string_view word) {
+    if (word == "csv")
+        return EFormat::Csv;
+    return word == "json" ? EFormat::Json : EFormat::Table;
 }
 
 void AddCommands(CLI::App& program, Action& chosen) {
@@ -161,7 +164,7 @@ int RunCommandLine(int count, const char* const* arguments) {
     } catch (const CLI::ParseError& error) {
         return Usage(program, error);
     }
-    const CConsole console(options.Format, options.Quiet);
+    const CConsole console(FormatOf(options.Format), options.Quiet);
     return static_cast<int>(Run(
         [&](const CConsole& used) {
             if (!chosen)

@@ -3,9 +3,23 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
+#include <sstream>
 #include <utility>
 
 namespace sqCli {
+
+void AddChoice(CLI::App& app, const char* name, std::string& value, const std::string& words, const char* help) {
+    std::vector<std::string> known;
+    std::istringstream text(words);
+    for (std::string word; std::getline(text, word, '|');)
+        known.push_back(word);
+    const auto problem = [known](const std::string& word) {
+        return std::ranges::find(known, word) != known.end()
+                   ? std::string()
+                   : fmt::format("\"{}\" is none of {}", word, fmt::join(known, ", "));
+    };
+    app.add_option(name, value, help)->type_name(words)->check(problem);
+}
 
 CCommandOptions::CCommandOptions(CLI::App& program, const char* name, const char* summary,
                                  const std::string& manual)
@@ -48,12 +62,7 @@ void CCommandOptions::Options(const char* name, std::vector<std::string>& values
 }
 
 void CCommandOptions::Choice(const char* name, std::string& value, const std::string& words, const char* help) {
-    const auto problem = [known = CLI::detail::split(words, '|')](const std::string& word) {
-        return std::ranges::find(known, word) != known.end()
-                   ? std::string()
-                   : fmt::format("\"{}\" is none of {}", word, fmt::join(known, ", "));
-    };
-    m_Command.add_option(name, value, help)->type_name(words)->check(problem);
+    AddChoice(m_Command, name, value, words, help);
 }
 
 void CCommandOptions::Does(Action& chosen, Action action) {

@@ -1,5 +1,5 @@
 // What a command takes, without the parser of the command line: that one costs a file that includes it more than
-// all the rest, and only one file does.
+// all the rest, and only this one's source and CommandLine.cpp do.
 //
 //     const auto arguments = std::make_shared<tagWeekArguments>();
 //     CCommandOptions command(program, "week", "Draw the trading week of an exchange", Manual);
@@ -18,6 +18,9 @@
 
 namespace sqCli {
 
+// One of the words, which are separated by '|', as an option of the program or of a command.
+void AddChoice(CLI::App& app, const char* name, std::string& value, const std::string& words, const char* help);
+
 class CCommandOptions {
 public:
     // The manual stands below the options in the command's help.
@@ -35,7 +38,7 @@ public:
     void RequiredOption(const char* name, std::string& value, const char* placeholder, const char* help);
     // May be repeated.
     void Options(const char* name, std::vector<std::string>& values, const char* placeholder, const char* help);
-    // One of the words, which are separated by '|'.
+    // As AddChoice.
     void Choice(const char* name, std::string& value, const std::string& words, const char* help);
 
     // What is chosen when the line names the command.

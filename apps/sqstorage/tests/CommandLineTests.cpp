@@ -42,6 +42,13 @@ TEST_F(CommandLine, TheVersionIsTold) {
     EXPECT_THAT(end.Output, StartsWith("sqstorage "));
 }
 
+TEST_F(CommandLine, AFormatIsOneOfThree) {
+    for (const char* word : {"xml", "0", "CSV"})
+        EXPECT_EQ(Run({"--format", word, "list", "holidays"}).Errors,
+                  std::string("error: --format: \"") + word +
+                      "\" is none of table, csv, json: see \"sqstorage --help\".\n");
+}
+
 TEST_F(CommandLine, WrongUsageIsStatus2WithNothingOnTheStandardOutput) {
     const std::vector<std::vector<std::string>> lines{
         {},
