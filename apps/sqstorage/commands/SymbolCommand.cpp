@@ -5,6 +5,7 @@
 #include "apps/sqstorage/rows/TextTable.h"
 #include "apps/sqstorage/store/Connection.h"
 #include "apps/sqstorage/store/DataFeeds.h"
+#include "apps/sqstorage/store/Symbols.h"
 #include "apps/sqstorage/symbol/StraySymbols.h"
 #include "apps/sqstorage/symbol/SymbolReport.h"
 #include "apps/sqstorage/symbol/SymbolSearch.h"
@@ -49,9 +50,6 @@ SESSIONS_STRING as hosts read them.
 
 constexpr std::size_t MostSimilarNames = 5;
 
-// What the columns of both names hold, in characters.
-constexpr std::size_t LongestName = 31;
-
 struct tagSymbolArguments {
     std::string Name;
     std::string Feed;
@@ -64,8 +62,8 @@ std::string Listed(const std::vector<std::string>& names) {
     return text;
 }
 
-void TestName(std::string_view argument, const std::string& name) {
-    if (const auto problem = NameProblem(argument, name, LongestName))
+void TestName(std::string_view argument, const std::string& name, std::size_t longest) {
+    if (const auto problem = NameProblem(argument, name, longest))
         throw CCommandError(EExitStatus::WrongUsage, *problem + '.');
 }
 
@@ -160,8 +158,8 @@ void AddStrays(const std::vector<tagStraySymbol>& strays, const std::vector<LONG
 }
 
 EExitStatus Symbol(const tagSymbolArguments& arguments, const CConsole& console) {
-    TestName("NAME", arguments.Name);
-    TestName("--feed", arguments.Feed);
+    TestName("NAME", arguments.Name, LongestSymbolName);
+    TestName("--feed", arguments.Feed, LongestFeedName);
     CStore store;
     const auto feeds = SelectDataFeeds(store);
     const auto wanted = KeysOfFeeds(feeds, arguments.Feed);

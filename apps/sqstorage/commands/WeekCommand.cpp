@@ -75,7 +75,7 @@ tagSession FindSession(CStore& store, const tagExchange& exchange) {
 }
 
 std::vector<tagSessionDetail> FindDetails(CStore& store, const tagExchange& exchange, const tagSession& session) {
-    auto details = SelectSessionDetails(store)[exchange.Session];
+    auto details = SelectSessionDetails(store, exchange.Session);
     if (details.empty())
         throw CCommandError(EExitStatus::Refused,
                             fmt::format("The session \"{}\" of the exchange \"{}\" has no trading times: import "

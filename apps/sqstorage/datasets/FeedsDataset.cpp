@@ -19,8 +19,7 @@ constexpr std::array Rules{tagColumnRule{"DATA_FEED_NAME", true},
                            tagColumnRule{"ASCII", false},
                            tagColumnRule{"ACTIVE", false}};
 
-// What the columns hold, in characters.
-constexpr std::size_t LongestName = 31;
+// What the column holds, in characters.
 constexpr std::size_t LongestFile = 255;
 
 void Note(Reasons& reasons, std::optional<std::string> problem) {
@@ -53,8 +52,8 @@ public:
 
     std::optional<Row> Parse(const RowValues& values, Reasons& reasons) {
         const std::size_t before = reasons.size();
-        Note(reasons, NameProblem(Rules[RuleName].Name, values[RuleName], LongestName));
-        Note(reasons, NameProblem(Rules[RuleShortName].Name, values[RuleShortName], LongestName));
+        Note(reasons, NameProblem(Rules[RuleName].Name, values[RuleName], LongestFeedName));
+        Note(reasons, NameProblem(Rules[RuleShortName].Name, values[RuleShortName], LongestFeedName));
         Note(reasons, NameProblem(Rules[RuleDllName].Name, values[RuleDllName], LongestFile));
         Note(reasons, NameProblem(Rules[RuleClsid].Name, values[RuleClsid]));
         Note(reasons, QuoteProblem(Rules[RuleDllName].Name, values[RuleDllName]));

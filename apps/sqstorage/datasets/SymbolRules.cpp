@@ -17,7 +17,6 @@ namespace {
 using Reasons = std::vector<std::string>;
 
 // What the columns hold, in characters.
-constexpr std::size_t LongestName = 31;
 constexpr std::size_t LongestCusip = 12;
 
 // What the columns for small numbers hold.
@@ -79,7 +78,7 @@ private:
 
 std::string ReadName(CValueReader& reader) {
     const std::string_view name = reader.Value(SymbolName);
-    Note(reader.All(), NameProblem(reader.Name(SymbolName), name, LongestName));
+    Note(reader.All(), NameProblem(reader.Name(SymbolName), name, LongestSymbolName));
     if (name.ends_with(' '))
         reader.Tell(
             fmt::format("{} is \"{}\", and the store does not tell blanks at the end from none: remove them",
@@ -184,7 +183,8 @@ std::optional<tagSymbolRow> ParseSymbol(const SymbolValues& values, Reasons& rea
     tagSymbol& symbol = row.Symbol;
     symbol.Name = ReadName(reader);
     // The store makes capitals of it when a symbol is added.
-    symbol.Root = platform::ToUtf8(platform::ToUpper(platform::FromUtf8(reader.Text(SymbolRoot, LongestName))));
+    symbol.Root =
+        platform::ToUtf8(platform::ToUpper(platform::FromUtf8(reader.Text(SymbolRoot, LongestSymbolName))));
     symbol.Description = reader.Text(SymbolDescription, LongestText);
     symbol.Cusip = reader.Text(SymbolCusip, LongestCusip);
     Note(reasons, QuoteProblem(reader.Name(SymbolCusip), symbol.Cusip));

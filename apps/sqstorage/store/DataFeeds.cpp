@@ -26,16 +26,13 @@ struct tagTexts {
     CBstr Clsid;
 };
 
-// What the columns hold, in characters.
-constexpr std::ptrdiff_t LongestName = 31;
-
 bool HasQuote(const std::string& text) { return text.find('\'') != std::string::npos; }
 
 // The text with which the feed comes into the store. Of one that comes back the store doubles the quotes; where the
 // column has no room for that, the text goes in without them.
 CBstr FirstText(const CBstr& text) {
     std::wstring first(text.View());
-    if (std::ssize(first) + std::ranges::count(first, L'\'') > LongestName)
+    if (first.size() + static_cast<std::size_t>(std::ranges::count(first, L'\'')) > LongestFeedName)
         std::ranges::replace(first, L'\'', L'_');
     return CBstr(first);
 }

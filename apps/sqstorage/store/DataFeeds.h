@@ -5,10 +5,14 @@
 
 #include "Store.h"
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
 namespace sqCli {
+
+// What the columns of both names hold, in characters.
+inline constexpr std::size_t LongestFeedName = 31;
 
 struct tagDataFeed {
     std::string Name;

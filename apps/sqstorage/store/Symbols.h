@@ -16,6 +16,9 @@
 
 namespace sqCli {
 
+// What the columns of its name and its root hold, in characters.
+inline constexpr std::size_t LongestSymbolName = 31;
+
 // Where a symbol's prices come from.
 inline constexpr LONG SettingIsOwn = 0;
 inline constexpr LONG SettingIsExchanges = 1;
