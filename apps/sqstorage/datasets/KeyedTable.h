@@ -7,10 +7,13 @@
 //   Parse(values, reasons)      the row that a file's values make, or nothing and why not
 //   Cells(row)                  the values of a row, in the order of the dataset's columns
 //   Insert(row), Update(stored, row)
-//   Taken(row)                  if there is such a thing: the store has the row from now on; in a dry run, would
-//   have ExportProblem(key)          if there is such a thing: why an export leaves out a row that Parse would take
 //
-// Errors: CStoreRefusal out of the last two is told of the row, and the other rows go on.
+// and, if there is such a thing,
+//
+//   Taken(row)                  the store has the row from now on, or would have it if this were no dry run
+//   ExportProblem(key)          why an export leaves out a row that Parse would take
+//
+// Errors: CStoreRefusal out of Insert and Update is told of the row, and the other rows go on.
 #pragma once
 
 #include "Dataset.h"
