@@ -1,4 +1,5 @@
 // The steps of a storage's beginning and end, one by one. Each test runs in a process of its own.
+#include "PassingDatabase.h"
 #include "PrivateMember.h"
 #include "RecordingSink.h"
 #include "RefusedClass.h"
@@ -49,35 +50,24 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-// Passes everything on; the test may come between.
-class CHookedDatabase final : public platform::CObject<CHookedDatabase, platform::ECounter::Interlocked,
-                                                       platform::CDispatchImpl<IDM_dmFirebird::IdmDatabase>> {
+// The test may come between before a transaction and before the close.
+class CHookedDatabase final : public CPassingDatabase<CHookedDatabase> {
 public:
     using Hook = std::function<HRESULT()>;
     CHookedDatabase(CComPtr<IDM_dmFirebird::IdmDatabase> database, Hook beforeTransaction, Hook beforeClose)
-        : m_Database(std::move(database)), m_BeforeTransaction(std::move(beforeTransaction)),
+        : CPassingDatabase(std::move(database)), m_BeforeTransaction(std::move(beforeTransaction)),
           m_BeforeClose(std::move(beforeClose)) {}
 
-    HRESULT Open(BSTR Path, BSTR UserName, BSTR Password) override {
-        return m_Database->Open(Path, UserName, Password);
-    }
     HRESULT Close() override {
         m_BeforeClose();
-        return m_Database->Close();
+        return CPassingDatabase::Close();
     }
     HRESULT GetTransaction(IDM_dmFirebird::IdmDatabaseTransaction** Transaction) override {
         const HRESULT status = m_BeforeTransaction();
-        return status == S_OK ? m_Database->GetTransaction(Transaction) : status;
+        return status == S_OK ? CPassingDatabase::GetTransaction(Transaction) : status;
     }
-    HRESULT get_LastError(BSTR* Value) override { return m_Database->get_LastError(Value); }
-    HRESULT Create(BSTR Path, BSTR UserName, BSTR Password) override {
-        return m_Database->Create(Path, UserName, Password);
-    }
-    HRESULT get_Version(BSTR* Value) override { return m_Database->get_Version(Value); }
-    HRESULT Drop() override { return m_Database->Drop(); }
 
 private:
-    CComPtr<IDM_dmFirebird::IdmDatabase> m_Database;
     const Hook m_BeforeTransaction;
     const Hook m_BeforeClose;
 };

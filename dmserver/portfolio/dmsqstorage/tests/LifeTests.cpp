@@ -1,4 +1,5 @@
 // Beginning and end of a storage from the inside. Each test runs in a process of its own.
+#include "PassingDatabase.h"
 #include "PrivateMember.h"
 #include "RecordingSink.h"
 #include "RefusedClass.h"
@@ -36,32 +37,18 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 // The storage's database, but for the end of its close.
-class CBadlyClosed final : public platform::CObject<CBadlyClosed, platform::ECounter::Interlocked,
-                                                    platform::CDispatchImpl<IDM_dmFirebird::IdmDatabase>> {
+class CBadlyClosed final : public CPassingDatabase<CBadlyClosed> {
 public:
     CBadlyClosed(CComPtr<IDM_dmFirebird::IdmDatabase> database, std::function<HRESULT()> end)
-        : m_Database(std::move(database)), m_End(std::move(end)) {}
+        : CPassingDatabase(std::move(database)), m_End(std::move(end)) {}
 
-    HRESULT Open(BSTR Path, BSTR UserName, BSTR Password) override {
-        return m_Database->Open(Path, UserName, Password);
-    }
     HRESULT Close() override {
-        m_Database->Close();
+        CPassingDatabase::Close();
         return m_End();
     }
-    HRESULT GetTransaction(IDM_dmFirebird::IdmDatabaseTransaction** Transaction) override {
-        return m_Database->GetTransaction(Transaction);
-    }
-    HRESULT get_LastError(BSTR* Value) override { return m_Database->get_LastError(Value); }
-    HRESULT Create(BSTR Path, BSTR UserName, BSTR Password) override {
-        return m_Database->Create(Path, UserName, Password);
-    }
-    HRESULT get_Version(BSTR* Value) override { return m_Database->get_Version(Value); }
-    HRESULT Drop() override { return m_Database->Drop(); }
 
 private:
-    CComPtr<IDM_dmFirebird::IdmDatabase> m_Database;
-    std::function<HRESULT()> m_End;
+    const std::function<HRESULT()> m_End;
 };
 
 class Life : public testing::Test {
