@@ -31,10 +31,11 @@ is listed when one of its days is within. --session is for session_details. When
 there is no row, the status is 1.
 
 --feed, --exchange, --category, --name and --description are for symbols, and all
-that are given must hold. Letter case does not count in the last two. In a name
-"%" stands for any characters and "_" for a single one, and "*" alone for every
-name. Symbols come feed by feed, otherwise in the database's own order, and are
-shown as they come; the columns of a table are as wide as the first of them need.
+that are given must hold. Letter case does not count in the last two, and "*" alone
+is every name or description. In a name "%" stands for any characters and "_"
+for a single one. Symbols come feed by feed, otherwise in the database's own
+order, and are shown as they come; the columns of a table are as wide as the
+first of them need.
 "sqstorage symbol" tells all of one.
 
 settings has every price setting; those that belong to an exchange are shown with
